@@ -1,0 +1,134 @@
+#include "app/cli/DictateCommand.h"
+
+#include "app/cli/ExitCode.h"
+#include "core/audio/AudioRecordingManager.h"
+#include "core/session/ConfigurationManager.h"
+#include "core/session/KeyboardActivationState.h"
+#include "core/speech/catalogue/VoiceModelCatalogue.h"
+#include "core/storage/PersistentAppStorage.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace vocalith {
+namespace {
+
+using Colour = Terminal::Colour;
+
+constexpr const char* kBetterModelHint = "cli.betterModelHint";
+
+} // namespace
+
+DictateCommand::DictateCommand(DictateOptions options, Services services)
+    : m_options(std::move(options)), m_services(services)
+{}
+
+Task<int> DictateCommand::run()
+{
+    co_await recoverInterrupted();
+    const auto loaded = m_services.configurationManager.load();
+    if (!loaded) {
+        m_services.terminal.line(m_services.terminal.coloured(Colour::red, "Error: ") + loaded.error());
+        co_return static_cast<int>(exitFailure);
+    }
+    const Uuid shortcut = m_services.configurationManager.configuration()->shortcuts.front().id;
+    auto& notifier = m_services.shortcutNotifier;
+
+    OneShot<DictationOutcome> ended;
+    m_services.overlay.onDictationEnded([resolve = ended.resolver()](const auto& outcome) { resolve(outcome); });
+    const auto watched = followRecording();
+
+    std::unique_ptr<TerminalKeys> keys;
+    std::vector<Subscription> controls;
+    const auto finish = [&notifier, shortcut] { notifier.state.set(keyboard_activation::Completed{shortcut}); };
+    const auto cancel = [&notifier] { notifier.escapeTriggered.emit(); };
+    controls.push_back(m_services.interrupts.interrupted.subscribe(cancel));
+    controls.push_back(m_services.interrupts.terminated.subscribe(finish));
+    if (!m_options.audio) {
+        keys = std::make_unique<TerminalKeys>();
+        controls.push_back(keys->enterPressed.subscribe(finish));
+        controls.push_back(keys->escapePressed.subscribe(cancel));
+    }
+
+    notifier.state.set(keyboard_activation::Activated{shortcut});
+    const auto outcome = co_await ended;
+    m_services.overlay.onDictationEnded([](const DictationOutcome&) {});
+    notifier.state.set(keyboard_activation::Idle{});
+    co_return outcome ? report(*outcome) : static_cast<int>(exitCancelled);
+}
+
+std::vector<Subscription> DictateCommand::followRecording()
+{
+    auto& recorder = m_services.audioRecordingManager;
+    auto& overlay = m_services.overlay;
+    std::vector<Subscription> watched;
+    watched.push_back(recorder.visualAudioLevels.subscribe([&overlay](const auto& bars) { overlay.showLevel(bars); }));
+    watched.push_back(recorder.elapsedTime.subscribe([&overlay](double time) { overlay.showElapsedTime(time); }));
+    return watched;
+}
+
+Task<void> DictateCommand::recoverInterrupted()
+{
+    const auto interrupted = m_services.appStorage.crashRecoveryInfo.get();
+    if (!interrupted)
+        co_return;
+    const auto recovered = co_await m_services.audioRecordingManager.recover(*interrupted);
+    if (!recovered)
+        co_return;
+    const std::string file = filePath(recovered->audioFile.fileBookmark).value_or("").string();
+    m_services.terminal.line(fmt::format("{}A dictation was cut off earlier; its recording ({:.1f} s) was kept.\n"
+                                         "Write it down with: vocalith transcribe \"{}\"",
+                                         m_services.terminal.coloured(Colour::yellow, "Notice: "),
+                                         recovered->audioFile.duration, file));
+}
+
+int DictateCommand::report(const DictationOutcome& outcome)
+{
+    auto& terminal = m_services.terminal;
+    if (const auto* delivered = std::get_if<dictation_outcome::Delivered>(&outcome)) {
+        hintAtBetterModels(delivered->transcription.modelId);
+        return exitSuccess;
+    }
+    if (std::holds_alternative<dictation_outcome::EndedEarly>(outcome))
+        return exitSuccess;
+    if (const auto* tooShort = std::get_if<dictation_outcome::TooShort>(&outcome)) {
+        terminal.line(fmt::format("{}The recording is too short ({:.1f} s). Speak for more than half a second.",
+                                  terminal.coloured(Colour::red, "Error: "), tooShort->elapsedTime));
+        return exitNoSpeech;
+    }
+    if (const auto* failed = std::get_if<dictation_outcome::Failed>(&outcome))
+        return reportFailure(*failed);
+    terminal.line("Cancelled. The recording was thrown away.");
+    return exitCancelled;
+}
+
+int DictateCommand::reportFailure(const dictation_outcome::Failed& failed)
+{
+    auto& terminal = m_services.terminal;
+    terminal.line(terminal.coloured(Colour::red, "Error: ") + failed.message);
+    if (!failed.detail.empty())
+        terminal.line(failed.detail);
+    if (!failed.text.empty())
+        terminal.line("The text was: " + failed.text);
+    if (failed.recording)
+        terminal.line(fmt::format("The recording was kept. Try again with: vocalith transcribe \"{}\"",
+                                  failed.recording->string()));
+    return failed.noSpeech ? exitNoSpeech : exitFailure;
+}
+
+void DictateCommand::hintAtBetterModels(const TranscriptionModelID& used)
+{
+    if (used != TranscriptionModelID(std::string(kSpeechTranscriberID)))
+        return;
+    auto shown = m_services.appStorage.shownNotificationIDs.get();
+    if (std::find(shown.begin(), shown.end(), kBetterModelHint) != shown.end())
+        return;
+    m_services.terminal.line(m_services.terminal.coloured(
+        Colour::dim, "This text comes from the system's own recogniser: English only, without punctuation. It serves "
+                     "until a better\nmodel is there; \"vocalith doctor\" says how to get one. (This is said once.)"));
+    shown.emplace_back(kBetterModelHint);
+    m_services.appStorage.shownNotificationIDs.set(std::move(shown));
+}
+
+} // namespace vocalith

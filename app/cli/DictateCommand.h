@@ -1,0 +1,46 @@
+#pragma once
+
+#include "app/cli/Options.h"
+#include "app/cli/TerminalInput.h"
+#include "app/cli/TerminalOverlay.h"
+#include "base/Task.h"
+
+#include <memory>
+
+namespace vocalith {
+
+class AudioRecordingManager;
+class ConfigurationManager;
+class PersistentAppStorage;
+struct ShortcutNotifier;
+
+/// `vocalith dictate`: drives one dictation through the same signals as a shortcut, with the terminal as its overlay.
+class DictateCommand {
+public:
+    struct Services {
+        ShortcutNotifier& shortcutNotifier;
+        ConfigurationManager& configurationManager;
+        AudioRecordingManager& audioRecordingManager;
+        PersistentAppStorage& appStorage;
+        TerminalOverlay& overlay;
+        Terminal& terminal;
+        InterruptSignals& interrupts;
+    };
+
+    DictateCommand(DictateOptions options, Services services);
+
+    /// Yields the exit code.
+    Task<int> run();
+
+private:
+    int report(const DictationOutcome& outcome);
+    int reportFailure(const dictation_outcome::Failed& failed);
+    void hintAtBetterModels(const TranscriptionModelID& used);
+    Task<void> recoverInterrupted();
+    std::vector<Subscription> followRecording();
+
+    const DictateOptions m_options;
+    Services m_services;
+};
+
+} // namespace vocalith

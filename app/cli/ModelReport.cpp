@@ -1,0 +1,144 @@
+#include "app/cli/ModelReport.h"
+
+#include "core/speech/catalogue/DefaultModelChoice.h"
+#include "core/speech/catalogue/VoiceModelCatalogue.h"
+#include "core/speech/whisper/ModelFileManager.h"
+#include "core/storage/PersistentAppStorage.h"
+#include "ports/SpeechRecognizer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+
+namespace vocalith {
+namespace {
+
+std::string familyWord(VoiceModelFamily family)
+{
+    switch (family) {
+    case VoiceModelFamily::online: return "online";
+    case VoiceModelFamily::local: return "local";
+    case VoiceModelFamily::apple: return "system";
+    case VoiceModelFamily::byok: return "own key";
+    }
+    return {};
+}
+
+std::string sizeLabel(const VoiceModelMetadata& entry)
+{
+    const auto& chips = attributes(entry);
+    const auto chip =
+        std::find_if(chips.begin(), chips.end(), [](const auto& each) { return each.icon == "shippingbox"; });
+    return chip == chips.end() ? std::string() : chip->label;
+}
+
+bool equalsIgnoringCase(std::string_view left, std::string_view right)
+{
+    const auto same = [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), same);
+}
+
+} // namespace
+
+ModelReport::ModelReport(const VoiceModelCatalogue& catalogue, const ModelFileManager& files,
+                         const SpeechRecognizer& recogniser, const PersistentAppStorage& appStorage,
+                         PlatformTraits traits)
+    : m_catalogue(catalogue), m_files(files), m_recogniser(recogniser), m_appStorage(appStorage), m_traits(traits)
+{}
+
+std::vector<ModelRow> ModelReport::rows() const
+{
+    const auto presentModels = m_files.presentModels();
+    const std::set<TranscriptionModelID> present(presentModels.begin(), presentModels.end());
+    const auto chosen = defaultModel(TranscriptionSource::dictation);
+    std::vector<ModelRow> rows;
+    for (const auto& entry : m_catalogue.entries())
+        rows.push_back(row(entry, present));
+    for (const auto& model : presentModels) {
+        if (!m_catalogue.find(model))
+            rows.push_back(row(m_catalogue.entry(model), present));
+    }
+    for (auto& each : rows)
+        each.isDefault = each.id == toString(chosen);
+    return rows;
+}
+
+ModelRow ModelReport::row(const VoiceModelMetadata& entry, const std::set<TranscriptionModelID>& present) const
+{
+    ModelRow row;
+    row.id = toString(id(entry));
+    row.name = name(entry);
+    row.family = familyWord(family(entry));
+    row.size = sizeLabel(entry);
+    row.state = stateOf(entry, present.contains(id(entry)));
+    row.isReady = row.state == "ready";
+    return row;
+}
+
+std::string ModelReport::stateOf(const VoiceModelMetadata& entry, bool isPresent) const
+{
+    switch (family(entry)) {
+    case VoiceModelFamily::online: return "needs an account";
+    case VoiceModelFamily::byok: return "needs a key";
+    case VoiceModelFamily::apple:
+        if (!checkModel(entry, m_traits, true))
+            return "not supported here";
+        return m_recogniser.availability() ? "ready" : "not installed";
+    case VoiceModelFamily::local: break;
+    }
+    if (!isWhisperModel(entry) || !checkModel(entry, m_traits, true))
+        return "not supported here";
+    return isPresent ? "ready" : "not downloaded";
+}
+
+TranscriptionModelID ModelReport::defaultModel(TranscriptionSource source) const
+{
+    const auto& selection = source == TranscriptionSource::file ? m_appStorage.selectedFileTranscriptionVoiceModelID
+                                                                : m_appStorage.selectedDictationModelID;
+    const auto present = m_files.presentModels();
+    return dictationModel(m_catalogue, selection.get(), {present.begin(), present.end()}, m_traits);
+}
+
+TranscriptionModelID ModelReport::named(const std::string& text) const
+{
+    for (const auto& entry : m_catalogue.entries()) {
+        if (equalsIgnoringCase(toString(id(entry)), text))
+            return id(entry);
+    }
+    for (const auto& model : m_files.presentModels()) {
+        const auto file = m_files.expectedFile(model);
+        if (equalsIgnoringCase(toString(model), text) || (file && file->filename() == text))
+            return model;
+    }
+    return text;
+}
+
+Task<std::vector<Finding>> ModelReport::examine()
+{
+    std::vector<Finding> findings;
+    const auto available = m_recogniser.availability();
+    if (available)
+        findings.push_back({"System recogniser", Finding::State::good, m_recogniser.displayName(), {}});
+    else
+        findings.push_back({"System recogniser", Finding::State::limited, userMessage(available.error()),
+                            "sudo apt-get install pocketsphinx-en-us"});
+
+    const auto present = m_files.presentModels();
+    const std::string folder = m_files.modelsFolder().string();
+    Finding models{"Models", Finding::State::good, {}, {}};
+    for (const auto& model : present)
+        models.detail += (models.detail.empty() ? "" : ", ") + toString(model);
+    if (present.empty()) {
+        models.state = available ? Finding::State::limited : Finding::State::missing;
+        models.detail = "no whisper model in " + folder;
+        models.remedy =
+            fmt::format("put a whisper.cpp model there, for example ggml-small.bin: mkdir -p \"{}\"", folder);
+    }
+    findings.push_back(std::move(models));
+    const auto chosen = defaultModel(TranscriptionSource::dictation);
+    findings.push_back({"Default model", Finding::State::good, toString(chosen), {}});
+    co_return findings;
+}
+
+} // namespace vocalith

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/cli/Options.h"
+#include "app/cli/TerminalInput.h"
+#include "base/Clock.h"
+#include "base/TaskScope.h"
+#include "models/TranscriptionData.h"
+
+#include <string>
+
+namespace vocalith {
+
+class Terminal;
+class TranscriptionSessionManager;
+
+/// `vocalith transcribe`: writes down audio and video files, one after the other. A file that fails does not keep the
+/// others from their turn.
+class TranscribeCommand {
+public:
+    struct Services {
+        TranscriptionSessionManager& sessionManager;
+        Terminal& terminal;
+        InterruptSignals& interrupts;
+        const Clock& clock;
+    };
+
+    TranscribeCommand(TranscribeOptions options, TranscriptionModelID model, Services services);
+
+    /// Yields the exit code. Ctrl-C ends it with what was finished until then.
+    Task<int> run();
+
+private:
+    Result<std::filesystem::path, std::string> destination(const std::filesystem::path& file) const;
+    ExportFormat format() const;
+    Result<void, std::string> checkOptions() const;
+    Task<void> transcribeAll();
+    Task<int> transcribe(std::filesystem::path file);
+    int deliver(const TranscriptionData& transcript, const std::filesystem::path& file);
+    int complain(const std::string& text);
+    std::function<void(double)> progressOf(const std::filesystem::path& file);
+
+    const TranscribeOptions m_options;
+    const TranscriptionModelID m_model;
+    Services m_services;
+    TaskScope m_work;
+    int m_exitCode = 0;
+};
+
+} // namespace vocalith

@@ -1,0 +1,137 @@
+#include "base/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+
+namespace vocalith {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+
+    int get() const { return m_number; }
+    bool isOpen() const { return m_number >= 0; }
+    /// Network file systems tell only here that a write failed.
+    bool close() { return ::close(std::exchange(m_number, -1)) == 0; }
+
+private:
+    int m_number;
+};
+
+Failure<FileError> systemFailure(const fs::path& path)
+{
+    return failure(FileError{path, std::error_code(errno, std::generic_category())});
+}
+
+bool writeAll(int file, std::string_view content)
+{
+    while (!content.empty()) {
+        const auto written = ::write(file, content.data(), content.size());
+        if (written < 0 && errno != EINTR)
+            return false;
+        if (written > 0)
+            content.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+bool flushFolder(const fs::path& folder)
+{
+    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems cannot flush a folder and need not.
+    return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL || errno == ENOTSUP);
+}
+
+fs::path targetOf(const fs::path& path)
+{
+    std::error_code error;
+    auto target = fs::is_symlink(path, error) ? fs::canonical(path, error) : path;
+    return error || target.empty() ? path : target;
+}
+
+Result<void, FileError> replace(const fs::path& path, const fs::path& folder, std::string_view content)
+{
+    std::string aside = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+    Descriptor descriptor(::mkostemp(aside.data(), O_CLOEXEC)); // made with mode 0600
+    if (!descriptor.isOpen())
+        return systemFailure(path);
+    if (writeAll(descriptor.get(), content) && ::fsync(descriptor.get()) == 0 && descriptor.close() &&
+        ::rename(aside.c_str(), path.c_str()) == 0)
+        return {};
+    auto failed = systemFailure(path);
+    ::unlink(aside.c_str());
+    return failed;
+}
+
+} // namespace
+
+std::string toString(const FileError& error)
+{
+    return error.path.string() + ": " + error.reason.message();
+}
+
+Result<void, FileError> createPrivateFolder(const fs::path& folder)
+{
+    fs::path made;
+    for (const auto& part : folder) {
+        made /= part;
+        if (made.empty() || ::mkdir(made.c_str(), S_IRWXU) == 0)
+            continue;
+        const auto reason = errno;
+        std::error_code ignored;
+        // Where a folder stands already the answer may also be that nothing could be made there.
+        if (!fs::is_directory(made, ignored)) {
+            errno = reason;
+            return systemFailure(made);
+        }
+    }
+    return {};
+}
+
+Result<void, FileError> writeFileAtomically(const fs::path& path, std::string_view content)
+{
+    const auto target = targetOf(path);
+    const auto folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (auto created = createPrivateFolder(folder); !created)
+        return created;
+    if (auto replaced = replace(target, folder, content); !replaced)
+        return replaced;
+    if (!flushFolder(folder))
+        return systemFailure(folder);
+    return {};
+}
+
+Result<std::string, FileError> readWholeFile(const fs::path& path)
+{
+    const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor.isOpen())
+        return systemFailure(path);
+    std::string content;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const auto count = ::read(descriptor.get(), piece.data(), piece.size());
+        if (count == 0)
+            return content;
+        if (count > 0)
+            content.append(piece.data(), static_cast<std::size_t>(count));
+        else if (errno != EINTR)
+            return systemFailure(path);
+    }
+}
+
+} // namespace vocalith

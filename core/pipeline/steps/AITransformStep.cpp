@@ -1,0 +1,10 @@
+#include "core/pipeline/steps/AITransformStep.h"
+
+namespace vocalith {
+
+Task<Result<bool, StepFailure>> AITransformStep::run(TranscriptProcessingContext&)
+{
+    co_return false;
+}
+
+} // namespace vocalith

@@ -1,0 +1,10 @@
+#include "core/pipeline/steps/BashScriptStep.h"
+
+namespace vocalith {
+
+Task<Result<bool, StepFailure>> BashScriptStep::run(TranscriptProcessingContext&)
+{
+    co_return false;
+}
+
+} // namespace vocalith

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "core/pipeline/TranscriptProcessingStep.h"
+
+namespace vocalith {
+
+/// Ends the text with a space, so that two dictations in a row do not run together.
+class SpacingStep final : public TranscriptProcessingStep {
+public:
+    Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override;
+};
+
+} // namespace vocalith

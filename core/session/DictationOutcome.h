@@ -1,0 +1,46 @@
+#pragma once
+
+#include "models/TranscriptionData.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace vocalith {
+
+/// How a dictation ended.
+namespace dictation_outcome {
+
+struct Delivered {
+    TranscriptionData transcription;
+    std::string text; ///< as it stood after the last step
+    bool operator==(const Delivered&) const = default;
+};
+/// A step ended the run on purpose; nothing was inserted.
+struct EndedEarly {
+    bool operator==(const EndedEarly&) const = default;
+};
+struct TooShort {
+    double elapsedTime = 0; ///< seconds
+    bool operator==(const TooShort&) const = default;
+};
+struct Failed {
+    std::string message;                            ///< shown to the user
+    std::string detail;                             ///< the cause and what to do, for people; may be empty
+    std::optional<std::filesystem::path> recording; ///< where the audio was kept
+    std::string text;                               ///< the words, when the failure came after recognition
+    bool noSpeech = false;
+    bool operator==(const Failed&) const = default;
+};
+struct Cancelled {
+    bool operator==(const Cancelled&) const = default;
+};
+
+} // namespace dictation_outcome
+
+using DictationOutcome =
+    std::variant<dictation_outcome::Delivered, dictation_outcome::EndedEarly, dictation_outcome::TooShort,
+                 dictation_outcome::Failed, dictation_outcome::Cancelled>;
+
+} // namespace vocalith

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "models/TranscriptionData.h"
+
+#include <cstdint>
+#include <string>
+
+namespace vocalith {
+
+/// A time of a transcript as people read it, cut off (not rounded) to milliseconds. A time that is negative or not a
+/// finite number is 0.
+struct TranscriptTime {
+    std::int64_t seconds = 0; ///< whole seconds
+    int milliseconds = 0;     ///< 0..999
+
+    static TranscriptTime fromSeconds(double seconds);
+    auto operator<=>(const TranscriptTime&) const = default;
+};
+
+/// "01:02:05,500"; more digits where the hours need them.
+std::string srtTime(TranscriptTime time);
+/// "01:02:05.500"
+std::string webVttTime(TranscriptTime time);
+/// "01:02:05"
+std::string clockTime(TranscriptTime time);
+
+/// The start of a segment in the transcript view, "62:05.500": its minutes go on beyond 59.
+std::string startText(const TranscriptionData::Segment& segment);
+/// The length of a segment in the transcript view: "9.5s", and without the decimal from 10 seconds on.
+std::string lengthText(const TranscriptionData::Segment& segment);
+
+} // namespace vocalith

@@ -1,0 +1,135 @@
+#pragma once
+
+#include "app/overlay/OverlayManager.h"
+#include "core/output/TextOutput.h"
+#include "core/session/ConfigurationManager.h"
+#include "core/session/ShortcutUserFeedbackService.h"
+#include "core/storage/PersistentAppStorage.h"
+#include "ports/Notices.h"
+#include "ports/SoundPlayer.h"
+#include "ports/SystemVolume.h"
+#include "tests/support/FakeAnalytics.h"
+#include "tests/support/FakeAudioInput.h"
+#include "tests/support/FakeClock.h"
+#include "tests/support/MainLoop.h"
+#include "tests/support/RecordedLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace vocalith::test {
+
+/// What the scripted engine is told to do, and what was asked of it.
+struct EngineScript {
+    std::string text = "hello world";
+    std::optional<TranscriptionError> factoryError;
+    std::optional<TranscriptionError> startError;
+    std::optional<TranscriptionError> transcribeError;
+    bool holdsStart = false;
+    bool holdsTranscription = false;
+
+    std::vector<TranscriptionModelID> madeFor;
+    int starts = 0;
+    std::vector<std::filesystem::path> transcribed;
+    Signal<TranscriptionState>* textEvents = nullptr; ///< of the engine that lives now
+};
+
+class RecordedDisplay final : public OverlayDisplay {
+public:
+    void show(const OverlayVisibilityState& state) override { states.push_back(state); }
+    void showIndicator(ProcessingIndicator::State indicator) override { indicators.push_back(indicator); }
+    void showProgress(double) override {}
+    void dictationEnded(const DictationOutcome& outcome) override { outcomes.push_back(outcome); }
+
+    bool isVisible() const { return !states.empty() && std::holds_alternative<OverlayState>(states.back()); }
+
+    std::vector<OverlayVisibilityState> states;
+    std::vector<ProcessingIndicator::State> indicators;
+    std::vector<DictationOutcome> outcomes;
+};
+
+class RecordedTextOutput final : public TextOutput {
+public:
+    explicit RecordedTextOutput(Clock& clock) : m_clock(clock) {}
+    Task<Result<void, TextOutputError>> deliver(std::string text) override;
+
+    bool holds = false; ///< waits until the dictation is cancelled
+    std::optional<TextOutputError> error;
+    std::vector<std::string> delivered;
+
+private:
+    Clock& m_clock;
+};
+
+class RecordedNotices final : public Notices {
+public:
+    void show(std::string_view text) override { shown.emplace_back(text); }
+    std::vector<std::string> shown;
+};
+
+class RecordedSounds final : public SoundPlayer, public SystemVolume {
+public:
+    Result<void, std::string> play(Sound) override
+    {
+        ++played;
+        if (!error.empty())
+            return failure(error);
+        return {};
+    }
+    void stop() override { ++stopped; }
+    void restore() override { ++restored; }
+
+    std::string error;
+    int played = 0;
+    int stopped = 0;
+    int restored = 0;
+};
+
+/// A whole dictation with everything real but the audio, the engine and the eyes.
+class DictationStage {
+public:
+    DictationStage();
+    ~DictationStage();
+
+    void loadConfiguration() { EXPECT_TRUE(configuration.load()); }
+    void press(const Uuid& shortcut) { notifier.state.set(keyboard_activation::Activated{shortcut}); }
+    void release(const Uuid& shortcut) { notifier.state.set(keyboard_activation::Completed{shortcut}); }
+    void escape() { notifier.escapeTriggered.emit(); }
+    void speak(std::chrono::milliseconds length);
+    /// Handles what is due until the next dictation has ended that was not waited for yet.
+    const DictationOutcome& waitForOutcome();
+    std::size_t recordingsOnDisk() const;
+
+    const Uuid journalShortcut = Uuid::random();
+    const Uuid promptShortcut = Uuid::random();
+    AIPrompt prompt;
+
+    TemporaryFolder folder;
+    RecordedLog log;
+    FakeClock clock;
+    FakeAudioInput input;
+    FakeAnalytics analytics;
+    EngineScript engine;
+    RecordedDisplay display;
+    RecordedNotices notices;
+    RecordedSounds sounds;
+    RecordedTextOutput output{clock};
+    ShortcutNotifier notifier;
+    LogService stepLog = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
+    PersistentAppStorage storage{folder / "settings.json", clock, log.logger()};
+    AudioRecordingManager recorder{input, storage, clock, folder / "VocalithRecordings", log.logger()};
+    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, notices, stepLog)};
+    TranscriptionSessionManager session;
+    ConfigurationManager configuration;
+    ShortcutUserFeedbackService feedback{sounds, sounds, storage, log.logger()};
+    OverlayManager overlay;
+
+private:
+    std::size_t m_awaitedOutcomes = 0;
+};
+
+} // namespace vocalith::test

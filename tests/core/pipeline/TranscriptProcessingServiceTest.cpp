@@ -1,0 +1,154 @@
+#include "core/pipeline/TranscriptProcessingService.h"
+#include "base/Clock.h"
+#include "core/output/TextOutput.h"
+#include "core/pipeline/steps/BashScriptStep.h"
+#include "core/pipeline/steps/ReplacementsStep.h"
+#include "ports/Notices.h"
+#include "tests/support/FakeClock.h"
+#include "tests/support/MainLoop.h"
+#include "tests/support/RecordedLog.h"
+
+#include <gtest/gtest.h>
+
+using namespace vocalith;
+using namespace vocalith::test;
+using namespace std::chrono_literals;
+using End = PipelineOutcome::End;
+
+namespace {
+
+/// A step that a test scripts: appends its letter, then does what it is told.
+class ScriptedStep final : public TranscriptProcessingStep {
+public:
+    enum class Act { goOn, end, fail, wait };
+    ScriptedStep(char letter, Act act, FakeClock& clock) : m_letter(letter), m_act(act), m_clock(clock) {}
+
+    Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override
+    {
+        if (m_act == Act::wait) {
+            const auto slept = co_await sleepFor(m_clock, 1s);
+            if (!slept)
+                co_return failure(StepFailure{"stopped"});
+        }
+        context.transcript += m_letter;
+        if (m_act == Act::fail)
+            co_return failure(StepFailure{"broken"});
+        co_return m_act == Act::end;
+    }
+
+private:
+    const char m_letter;
+    const Act m_act;
+    FakeClock& m_clock;
+};
+
+class PipelineRun : public testing::Test {
+protected:
+    using Act = ScriptedStep::Act;
+
+    TranscriptProcessingService service(std::vector<Act> acts)
+    {
+        TranscriptProcessingService::Steps steps;
+        char letter = 'a';
+        for (const auto act : acts)
+            steps.push_back(std::make_unique<ScriptedStep>(letter++, act, clock));
+        return TranscriptProcessingService(std::move(steps));
+    }
+
+    FakeClock clock;
+};
+
+TEST_F(PipelineRun, StepsRewriteOneContextInOrderUntilOneEndsOrFails)
+{
+    struct Case {
+        std::vector<Act> acts;
+        End end;
+        std::string transcript;
+    };
+    const std::vector<Case> cases = {
+        {{Act::goOn, Act::goOn, Act::goOn}, End::complete, "abc"},
+        {{Act::goOn, Act::end, Act::goOn}, End::early, "ab"},
+        {{Act::goOn, Act::fail, Act::goOn}, End::failed, "ab"},
+        {{}, End::complete, ""},
+    };
+    for (const auto& testCase : cases) {
+        auto pipeline = service(testCase.acts);
+        const auto outcome = await(pipeline.run(TranscriptProcessingContext()));
+        EXPECT_EQ(outcome.end, testCase.end);
+        EXPECT_EQ(outcome.context.transcript, testCase.transcript);
+        EXPECT_EQ(outcome.failure.has_value(), testCase.end == End::failed);
+    }
+}
+
+TEST_F(PipelineRun, AStopEndsTheRunAtItsWaitAndKeepsTheWords)
+{
+    auto pipeline = service({Act::goOn, Act::wait, Act::goOn});
+    std::optional<PipelineOutcome> outcome;
+    TaskScope scope;
+    scope.start(storeResult(pipeline.run(TranscriptProcessingContext()), outcome));
+    drainMainThread();
+    ASSERT_FALSE(outcome);
+    scope.requestStop();
+    drainMainThread();
+    ASSERT_TRUE(outcome);
+    EXPECT_EQ(outcome->end, End::cancelled);
+    EXPECT_EQ(outcome->context.transcript, "a");
+}
+
+class RecordedOutput final : public TextOutput {
+public:
+    Task<Result<void, TextOutputError>> deliver(std::string text) override
+    {
+        delivered.push_back(std::move(text));
+        if (error)
+            co_return failure(*error);
+        co_return Result<void, TextOutputError>();
+    }
+    std::vector<std::string> delivered;
+    std::optional<TextOutputError> error;
+};
+
+class RecordedNotices final : public Notices {
+public:
+    void show(std::string_view text) override { shown.emplace_back(text); }
+    std::vector<std::string> shown;
+};
+
+class DefaultSteps : public testing::Test {
+protected:
+    PipelineOutcome run(std::string transcript)
+    {
+        TranscriptProcessingContext context;
+        context.transcript = std::move(transcript);
+        return await(pipeline.run(std::move(context)));
+    }
+
+    RecordedOutput output;
+    RecordedNotices notices;
+    LogService log = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
+    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, notices, log)};
+};
+
+TEST_F(DefaultSteps, DeliverOnceEndingWithOneSpaceSoThatDictationsDoNotRunTogether)
+{
+    EXPECT_EQ(run("one").end, End::complete);
+    EXPECT_EQ(run("two").context.transcript, "two ");
+    EXPECT_EQ(output.delivered, (std::vector<std::string>{"one ", "two "}));
+    run("");
+    EXPECT_EQ(output.delivered.size(), 2u) << "an empty transcript is not typed as a lone space";
+}
+
+TEST_F(DefaultSteps, AFailedDeliveryIsANoticeWhenTheTextIsSafeAndAFailureWhenItIsNot)
+{
+    output.error = TextOutputError{"The window is gone.", "The text is on the clipboard."};
+    EXPECT_EQ(run("words").end, End::complete);
+    EXPECT_EQ(notices.shown, std::vector<std::string>{"The window is gone. The text is on the clipboard."});
+
+    output.error = TextOutputError{"Nothing works.", ""};
+    const auto outcome = run("words");
+    EXPECT_EQ(outcome.end, End::failed);
+    EXPECT_EQ(outcome.failure, StepFailure{"Nothing works."});
+    EXPECT_EQ(outcome.context.transcript, "words ");
+}
+
+} // namespace

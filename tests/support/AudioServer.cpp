@@ -1,0 +1,321 @@
+#include "tests/support/AudioServer.h"
+
+#include "tests/support/MainLoop.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace vocalith::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<char*> pointersTo(std::vector<std::string>& strings)
+{
+    std::vector<char*> pointers;
+    for (auto& string : strings)
+        pointers.push_back(string.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::span<const char> bytesOf(std::span<const std::int16_t> samples)
+{
+    return {reinterpret_cast<const char*>(samples.data()), samples.size_bytes()};
+}
+
+/// A session bus that starts no services of the machine.
+constexpr const char* kBusConfiguration =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig><type>session</type><listen>unix:path={}</listen>
+<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
+</busconfig>
+)";
+
+} // namespace
+
+ChildProcess::ChildProcess(std::vector<std::string> command, std::vector<std::string> environment,
+                           const fs::path& output)
+{
+    // Should the test program be killed, its children go with it.
+    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, (output.string() + ".err").c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int error = posix_spawnp(&m_id, command[0].c_str(), &files, nullptr, pointersTo(command).data(),
+                                   pointersTo(environment).data());
+    posix_spawn_file_actions_destroy(&files);
+    if (error != 0) {
+        m_id = 0;
+        ADD_FAILURE() << command[0] << " cannot be started";
+    }
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept : m_id(std::exchange(other.m_id, 0))
+{}
+
+ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept
+{
+    std::swap(m_id, other.m_id);
+    return *this;
+}
+
+ChildProcess::~ChildProcess()
+{
+    kill();
+}
+
+void ChildProcess::signal(int number) const
+{
+    if (m_id > 0)
+        ::kill(m_id, number);
+}
+
+int ChildProcess::wait()
+{
+    int status = -1;
+    if (const auto id = std::exchange(m_id, 0); id > 0)
+        waitpid(id, &status, 0);
+    return status;
+}
+
+void ChildProcess::kill()
+{
+    signal(SIGKILL);
+    wait();
+}
+
+PipeMicrophone::PipeMicrophone(const fs::path& pipe) : m_pipe(open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC))
+{
+    EXPECT_GE(m_pipe, 0) << "nobody reads from " << pipe;
+}
+
+PipeMicrophone::PipeMicrophone(PipeMicrophone&& other) noexcept : m_pipe(std::exchange(other.m_pipe, -1))
+{}
+
+PipeMicrophone::~PipeMicrophone()
+{
+    if (m_pipe >= 0)
+        close(m_pipe);
+}
+
+bool PipeMicrophone::feed(std::span<const std::int16_t> samples) const
+{
+    auto rest = bytesOf(samples);
+    while (!rest.empty()) {
+        const auto written = write(m_pipe, rest.data(), std::min(rest.size(), std::size_t{PIPE_BUF}));
+        if (written > 0) {
+            rest = rest.subspan(static_cast<std::size_t>(written));
+            continue;
+        }
+        pollfd writable{m_pipe, POLLOUT, 0};
+        if (errno != EAGAIN || poll(&writable, 1, 10'000) != 1)
+            return false;
+    }
+    return true;
+}
+
+void PipeMicrophone::offer(std::span<const std::int16_t> samples) const
+{
+    const auto bytes = bytesOf(samples);
+    [[maybe_unused]] const auto ignored = write(m_pipe, bytes.data(), std::min(bytes.size(), std::size_t{PIPE_BUF}));
+}
+
+AudioServer::AudioServer(Kind kind) : m_kind(kind)
+{
+    signal(SIGPIPE, SIG_IGN); // a microphone may be fed after its server has gone
+    for (const auto* folder : {"home", "run"}) {
+        fs::create_directory(m_folder / folder);
+        fs::permissions(m_folder / folder, fs::perms::owner_all);
+    }
+    const auto run = (m_folder / "run").string();
+    const auto bus = "unix:path=" + (m_folder / "bus").string();
+    m_address = "unix:" + (m_folder / "run" / "pulse" / "native").string();
+    m_environment = {"HOME=" + (m_folder / "home").string(), "XDG_RUNTIME_DIR=" + run, "PIPEWIRE_RUNTIME_DIR=" + run,
+                     "PULSE_RUNTIME_PATH=" + run + "/pulse", "PULSE_SERVER=" + m_address,
+                     // The machine's own buses stay out of it.
+                     "DBUS_SESSION_BUS_ADDRESS=" + bus, "DBUS_SYSTEM_BUS_ADDRESS=" + bus, "PATH=/usr/bin:/bin",
+                     "LC_ALL=C"};
+    if (kind == Kind::pulseAudio)
+        startPulseAudio();
+    else
+        startPipeWire();
+    addSink("speaker");
+    setDefaultSink("speaker");
+}
+
+void AudioServer::startPulseAudio()
+{
+    fs::create_directory(m_folder / "run" / "pulse");
+    writeFile(m_folder / "server.pa", "load-module module-native-protocol-unix auth-anonymous=1 socket=" +
+                                          (m_folder / "run" / "pulse" / "native").string() + "\n");
+    // With its own PULSE_SERVER in the environment it would refuse to start.
+    auto environment = m_environment;
+    std::erase_if(environment, [](const auto& variable) { return variable.starts_with("PULSE_SERVER="); });
+    m_server = ChildProcess({"pulseaudio", "-n", "-F", (m_folder / "server.pa").string(), "--daemonize=no",
+                             "--exit-idle-time=-1", "--use-pid-file=no"},
+                            environment, m_folder / "server.log");
+    runUntil([this] { return run({"pactl", "info"}, m_folder / "ready") == 0; });
+}
+
+void AudioServer::startPipeWire()
+{
+    const auto bus = m_folder / "bus";
+    writeFile(m_folder / "bus.conf", fmt::format(fmt::runtime(kBusConfiguration), bus.string()));
+    const auto start = [this](std::vector<std::string> command) {
+        const auto log = m_folder / (command[0] + ".log");
+        return ChildProcess(std::move(command), m_environment, log);
+    };
+    m_background.push_back(start({"dbus-daemon", "--nofork", "--config-file=" + (m_folder / "bus.conf").string()}));
+    m_background.push_back(start({"pipewire"}));
+    runUntil([&] { return fs::exists(bus) && fs::exists(m_folder / "run" / "pipewire-0"); });
+    m_background.push_back(start({"wireplumber"}));
+    m_server = start({"pipewire-pulse"});
+    // The sink that stands in for missing ones appears when all parts work together.
+    runUntil([this] {
+        return run({"pactl", "get-default-sink"}, m_folder / "ready") == 0 &&
+               readFile(m_folder / "ready").starts_with("auto_null");
+    });
+}
+
+int AudioServer::run(std::vector<std::string> command, const fs::path& output) const
+{
+    return ChildProcess(std::move(command), m_environment, output).wait();
+}
+
+std::string AudioServer::pactl(std::vector<std::string> arguments) const
+{
+    arguments.insert(arguments.begin(), "pactl");
+    const auto output = m_folder / "pactl";
+    EXPECT_EQ(run(arguments, output), 0) << arguments[1] << ": " << readFile(output.string() + ".err");
+    auto text = readFile(output);
+    while (text.ends_with('\n'))
+        text.pop_back();
+    return text;
+}
+
+void AudioServer::waitForDefault(const std::string& what, const std::string& name) const
+{
+    runUntil([&] { return pactl({"get-default-" + what}) == name; });
+}
+
+PipeMicrophone AudioServer::addMicrophone(const std::string& name)
+{
+    const auto pipe = m_folder / (name + ".pipe");
+    const auto module =
+        pactl({"load-module", "module-pipe-source", "source_name=" + name, "file=" + pipe.string(), "format=s16le",
+               "rate=16000", "channels=1", "source_properties=device.description=" + name + "-description"});
+    m_modules.emplace_back(name, module);
+    runUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + "\t") != std::string::npos; });
+    if (!std::exchange(m_hasMicrophone, true))
+        setDefaultSource(name);
+    return PipeMicrophone(pipe);
+}
+
+void AudioServer::addSink(const std::string& name)
+{
+    const auto module = pactl({"load-module", "module-null-sink", "sink_name=" + name, "rate=16000", "channels=1",
+                               "sink_properties=device.description=" + name + "-description"});
+    m_modules.emplace_back(name, module);
+    runUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + ".monitor\t") != std::string::npos; });
+}
+
+void AudioServer::remove(const std::string& name)
+{
+    const auto made = std::ranges::find(m_modules, name, &std::pair<std::string, std::string>::first);
+    ASSERT_NE(made, m_modules.end());
+    pactl({"unload-module", made->second});
+    m_modules.erase(made);
+}
+
+void AudioServer::setDefaultSource(const std::string& name)
+{
+    pactl({"set-default-source", name});
+    waitForDefault("source", name);
+}
+
+void AudioServer::setDefaultSink(const std::string& name)
+{
+    pactl({"set-default-sink", name});
+    waitForDefault("sink", name);
+}
+
+void AudioServer::play(const std::string& sink, std::span<const std::int16_t> samples)
+{
+    const auto file = m_folder / fmt::format("play-{}.raw", m_players.size());
+    const auto bytes = bytesOf(samples);
+    writeFile(file, {bytes.data(), bytes.size()});
+    m_players.emplace_back(std::vector<std::string>{"pacat", "--playback", "--raw", "--format=s16le", "--rate=16000",
+                                                    "--channels=1", "--latency-msec=50", "-d", sink, file.string()},
+                           m_environment, file.string() + ".log");
+}
+
+void AudioServer::stopPlaying()
+{
+    m_players.clear();
+}
+
+std::string AudioServer::addGuardedAddress() const
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(bind(probe, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    getsockname(probe, reinterpret_cast<sockaddr*>(&address), &size);
+    close(probe);
+    const auto port = ntohs(address.sin_port);
+    pactl({"load-module", "module-native-protocol-tcp", "listen=127.0.0.1", fmt::format("port={}", port)});
+    return fmt::format("tcp:127.0.0.1:{}", port);
+}
+
+int AudioServer::clients() const
+{
+    return static_cast<int>(lines({"list", "short", "clients"})) - 1;
+}
+
+int AudioServer::recordings() const
+{
+    return static_cast<int>(lines({"list", "short", "source-outputs"}));
+}
+
+std::size_t AudioServer::lines(std::vector<std::string> arguments) const
+{
+    const auto text = pactl(std::move(arguments));
+    return text.empty() ? 0 : static_cast<std::size_t>(std::ranges::count(text, '\n')) + 1;
+}
+
+void AudioServer::kill()
+{
+    m_server.kill();
+}
+
+void AudioServer::freeze()
+{
+    m_server.signal(SIGSTOP);
+}
+
+void AudioServer::thaw()
+{
+    m_server.signal(SIGCONT);
+}
+
+} // namespace vocalith::test
