@@ -3,7 +3,6 @@
 #include "app/cli/DoctorCommand.h"
 #include "app/cli/ExitCode.h"
 #include "app/cli/ModelReport.h"
-#include "app/cli/ModelsCommand.h"
 #include "app/cli/RecognitionChoice.h"
 #include "app/cli/SessionDiagnostics.h"
 #include "app/cli/StandardOutput.h"
@@ -22,7 +21,6 @@
 #include "core/storage/AppPaths.h"
 #include "core/storage/LocalAnalytics.h"
 #include "core/storage/PersistentAppStorage.h"
-#include "core/storage/ProcessLock.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "platform/media/MediaFileAudioInput.h"
 #include "platform/pocketsphinx/PocketSphinxRecognizer.h"
@@ -42,14 +40,13 @@ class Program {
 public:
     explicit Program(Command command) : m_command(std::move(command)) {}
 
-    Task<void> run(int& exitCode);
+    Task<void> execute(int& exitCode);
+    Task<int> run(const DictateOptions& options);
+    Task<int> run(const TranscribeOptions& options);
+    Task<int> run(const ModelsOptions& options);
+    Task<int> run(const DoctorOptions& options);
 
 private:
-    Task<int> dispatch();
-    Task<int> dictate();
-    Task<int> transcribe();
-    Task<int> examine();
-
     const Command m_command;
     const RecognitionOptions m_recognition = recognitionOptions(m_command);
     const AppPaths m_paths = appPaths(environmentVariable);
@@ -79,14 +76,8 @@ private:
         m_pipeline, m_storage, m_log.logger("session")};
 };
 
-Task<int> Program::dictate()
+Task<int> Program::run(const DictateOptions& options)
 {
-    const auto& options = std::get<DictateOptions>(m_command);
-    const auto lock = ProcessLock::take(m_paths.temporaryFolder / "dictation.lock");
-    if (!lock && lock.error().isHeld) {
-        m_notices.show("A dictation is already running (process " + lock.error().detail + "). End or cancel it first.");
-        co_return static_cast<int>(exitFailure);
-    }
     std::unique_ptr<AudioInput> input = std::make_unique<PulseAudioInput>(m_log.logger("pulse"));
     if (options.audio)
         input = std::make_unique<MediaFileAudioInput>(m_converter, *options.audio);
@@ -103,43 +94,38 @@ Task<int> Program::dictate()
     OverlayManager overlay({notifier, recorder, m_session, configuration, feedback, m_analytics, m_notices, display},
                            m_log.logger("overlay"));
     InterruptSignals interrupts;
-    DictateCommand command(options, {notifier, configuration, recorder, m_storage, display, m_terminal, interrupts});
+    DictateCommand command(options, {notifier, configuration, recorder, m_storage, display, m_terminal, interrupts,
+                                     m_paths.temporaryFolder / "dictation.lock"});
     const int exitCode = co_await command.run();
     co_await overlay.shutDown();
     co_return exitCode;
 }
 
-Task<int> Program::transcribe()
+Task<int> Program::run(const TranscribeOptions& options)
 {
     const auto model = chooseModel(m_recognition, TranscriptionSource::file, m_models, m_modelFiles);
     InterruptSignals interrupts;
-    TranscribeCommand command(std::get<TranscribeOptions>(m_command), model,
-                              {m_session, m_terminal, interrupts, m_clock});
+    TranscribeCommand command(options, model, {m_session, m_terminal, interrupts, m_clock});
     co_return co_await command.run();
 }
 
-Task<int> Program::examine()
+Task<int> Program::run(const ModelsOptions& options)
+{
+    co_return listModels(options, m_models.rows(), m_terminal);
+}
+
+Task<int> Program::run(const DoctorOptions& options)
 {
     SessionDiagnostics session(environmentVariable);
     PulseDiagnostics pulse(m_log.logger("pulse"));
-    DoctorCommand command(std::get<DoctorOptions>(m_command), {session, pulse, m_models}, m_terminal);
+    DoctorCommand command(options, {session, pulse, m_models}, m_terminal);
     co_return co_await command.run();
 }
 
-Task<int> Program::dispatch()
+Task<void> Program::execute(int& exitCode)
 {
-    if (std::holds_alternative<DictateOptions>(m_command))
-        co_return co_await dictate();
-    if (std::holds_alternative<TranscribeOptions>(m_command))
-        co_return co_await transcribe();
-    if (std::holds_alternative<DoctorOptions>(m_command))
-        co_return co_await examine();
-    co_return listModels(std::get<ModelsOptions>(m_command), m_models.rows(), m_terminal);
-}
-
-Task<void> Program::run(int& exitCode)
-{
-    const int code = co_await dispatch();
+    auto work = std::visit([this](const auto& options) { return run(options); }, m_command);
+    const int code = co_await work;
     exitCode = code;
     QCoreApplication::exit();
 }
@@ -157,7 +143,7 @@ int main(int argc, char** argv)
     int exitCode = exitFailure;
     Program program(std::move(*command));
     TaskScope scope;
-    scope.start(program.run(exitCode));
+    scope.start(program.execute(exitCode));
     while (!scope.isEmpty())
         QCoreApplication::exec();
     return exitCode;

@@ -28,6 +28,12 @@ void receive([[maybe_unused]] void* queue)
 #endif
 }
 
+/// Takes a share of its own, so that the action's count is touched after the action has run.
+void run(std::shared_ptr<std::function<void()>> action)
+{
+    (*action)();
+}
+
 } // namespace
 
 void postToMainThread(std::function<void()> action)
@@ -40,8 +46,7 @@ void postToMainThread(std::function<void()> action)
     const auto shared = std::make_shared<std::function<void()>>(std::move(action));
     const auto call = [shared] {
         receive(QCoreApplication::instance());
-        const auto kept = shared;
-        (*kept)();
+        run(shared);
     };
     publish(application);
     QMetaObject::invokeMethod(application, call, Qt::QueuedConnection);

@@ -98,48 +98,45 @@ void appendTitle(std::string& xml, std::size_t number, int lane, const FrameRang
                  std::string_view text)
 {
     fmt::format_to(std::back_inserter(xml),
-                   "                            <title ref=\"r2\" lane=\"{}\" offset=\"{}\" name=\"Basic Title\" "
-                   "start=\"0s\" duration=\"{}\">\n"
-                   "                                <text>\n"
-                   "                                    <text-style ref=\"ts{}\">",
+                   R"(       <title ref="r2" lane="{}" offset="{}" name="Basic Title" start="0s" duration="{}">
+        <text><text-style ref="ts{}">)",
                    lane, time(range.start, rate), time(range.length, rate), number);
     appendEscaped(xml, text);
-    fmt::format_to(std::back_inserter(xml),
-                   "</text-style>\n"
-                   "                                </text>\n"
-                   "                                <text-style-def id=\"ts{}\">\n"
-                   "                                    <text-style font=\"Helvetica\" fontSize=\"60\" "
-                   "fontColor=\"1 1 1 1\" alignment=\"center\"/>\n"
-                   "                                </text-style-def>\n"
-                   "                            </title>\n",
+    fmt::format_to(std::back_inserter(xml), R"(</text-style></text>
+        <text-style-def id="ts{}"><text-style font="Helvetica" fontSize="60" fontColor="1 1 1 1" alignment="center"/></text-style-def>
+       </title>
+)",
                    number);
 }
+
+/// What a title takes at most besides its text, in bytes.
+constexpr std::size_t kTitleSize = 400;
 
 void appendHead(std::string& xml, const std::string& duration, const FrameRate& rate)
 {
     fmt::format_to(std::back_inserter(xml), R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE fcpxml>
 <fcpxml version="1.9">
-    <resources>
-        <format id="r1" name="{0}" frameDuration="{1}" width="1920" height="1080"/>
-        <effect id="r2" name="Basic Title" uid=".../Titles.localized/Bumper:Opener.localized/Basic Title.localized/Basic Title.moti"/>
-    </resources>
-    <library>
-        <event name="Vocalith Transcript">
-            <project name="Vocalith Transcript">
-                <sequence format="r1" duration="{2}" tcStart="0s" tcFormat="NDF">
-                    <spine>
-                        <gap name="Gap" offset="0s" start="0s" duration="{2}">
+ <resources>
+  <format id="r1" name="{0}" frameDuration="{1}" width="1920" height="1080"/>
+  <effect id="r2" name="Basic Title" uid=".../Titles.localized/Bumper:Opener.localized/Basic Title.localized/Basic Title.moti"/>
+ </resources>
+ <library>
+  <event name="Vocalith Transcript">
+   <project name="Vocalith Transcript">
+    <sequence format="r1" duration="{2}" tcStart="0s" tcFormat="NDF">
+     <spine>
+      <gap name="Gap" offset="0s" start="0s" duration="{2}">
 )",
                    rate.formatName, time(1, rate), duration);
 }
 
-constexpr std::string_view kFoot = R"(                        </gap>
-                    </spine>
-                </sequence>
-            </project>
-        </event>
-    </library>
+constexpr std::string_view kFoot = R"(      </gap>
+     </spine>
+    </sequence>
+   </project>
+  </event>
+ </library>
 </fcpxml>
 )";
 
@@ -149,10 +146,14 @@ std::string fcpxmlExport(const TranscriptionData& transcript, SupportedFinalCutF
 {
     const auto rate = frameRateOf(frameRate);
     std::int64_t length = 1; // an empty clip is no clip
-    for (const auto& segment : transcript.segments)
+    std::size_t size = 1024;
+    for (const auto& segment : transcript.segments) {
         length = std::max(length, frameRange(segment, rate).end());
+        size += kTitleSize + segment.text.size();
+    }
 
     std::string xml;
+    xml.reserve(size);
     appendHead(xml, time(length, rate), rate);
     Lanes lanes;
     std::size_t number = 0;

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iterator>
 
 namespace vocalith::detail {
@@ -14,12 +15,6 @@ struct SubtitleStyle {
     std::string (*time)(TranscriptTime time);
     void (*appendText)(std::string& file, std::string_view speaker, std::string_view text);
 };
-
-TranscriptTime next(TranscriptTime time)
-{
-    return time.milliseconds == 999 ? TranscriptTime{time.seconds + 1, 0}
-                                    : TranscriptTime{time.seconds, time.milliseconds + 1};
-}
 
 /// SRT has no way to escape: an arrow in the text, which some players take for the next cue, is broken by a space.
 void appendWithoutArrows(std::string& file, std::string_view text)
@@ -74,9 +69,9 @@ std::string subtitles(const TranscriptionData& transcript, const SubtitleStyle& 
         const auto text = cleanText(segment.text, '\n');
         if (text.empty())
             continue;
-        const auto start = TranscriptTime::fromSeconds(segment.start);
+        const auto start = transcriptTime(segment.start);
         // A cue that ends no later than it starts is an error in WebVTT and is never shown in SRT.
-        const auto end = std::max(TranscriptTime::fromSeconds(segment.end), next(start));
+        const auto end = std::max(transcriptTime(segment.end), start + TranscriptTime(1));
         fmt::format_to(std::back_inserter(file), "{}\n{} --> {}\n", ++number, style.time(start), style.time(end));
         style.appendText(file, speakerName(segment), text);
         file += "\n\n";

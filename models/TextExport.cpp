@@ -41,8 +41,7 @@ std::string markdownExport(const TranscriptionData& transcript, Date created)
         const auto text = cleanText(segment.text, ' ');
         if (text.empty())
             continue;
-        fmt::format_to(std::back_inserter(markdown), "\n**{}** ",
-                       clockTime(TranscriptTime::fromSeconds(segment.start)));
+        fmt::format_to(std::back_inserter(markdown), "\n**{}** ", clockTime(transcriptTime(segment.start)));
         if (const auto speaker = speakerName(segment); !speaker.empty()) {
             markdown += "**";
             appendEscaped(markdown, speaker);

@@ -69,7 +69,8 @@ std::string jsonExport(const TranscriptionData& transcript)
         }
         separator = ',';
     }
-    return text + "\n  ]\n}\n";
+    text += "\n  ]\n}\n";
+    return text;
 }
 
 struct Exporter {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace vocalith {
 namespace {
@@ -12,18 +13,19 @@ constexpr double kLongest = 1e9; // seconds: no recording, and far from any over
 
 std::string withHours(TranscriptTime time, char separator)
 {
-    return fmt::format("{}{}{:03}", clockTime(time), separator, time.milliseconds);
+    return fmt::format("{}{}{:03}", clockTime(time), separator, time.count() % 1000);
 }
 
 } // namespace
 
-TranscriptTime TranscriptTime::fromSeconds(double seconds)
+TranscriptTime transcriptTime(double seconds)
 {
     if (!std::isfinite(seconds))
-        return {};
+        return TranscriptTime{0};
     double whole = 0;
     const double fraction = std::modf(std::clamp(seconds, 0.0, kLongest), &whole);
-    return {static_cast<std::int64_t>(whole), static_cast<int>(fraction * 1000)};
+    return std::chrono::seconds(static_cast<std::int64_t>(whole)) +
+           TranscriptTime(static_cast<std::int64_t>(fraction * 1000));
 }
 
 std::string srtTime(TranscriptTime time)
@@ -38,13 +40,15 @@ std::string webVttTime(TranscriptTime time)
 
 std::string clockTime(TranscriptTime time)
 {
-    return fmt::format("{:02}:{:02}:{:02}", time.seconds / 3600, time.seconds % 3600 / 60, time.seconds % 60);
+    const auto seconds = time.count() / 1000;
+    return fmt::format("{:02}:{:02}:{:02}", seconds / 3600, seconds % 3600 / 60, seconds % 60);
 }
 
 std::string startText(const TranscriptionData::Segment& segment)
 {
-    const auto time = TranscriptTime::fromSeconds(segment.start);
-    return fmt::format("{:02}:{:02}.{:03}", time.seconds / 60, time.seconds % 60, time.milliseconds);
+    const auto time = transcriptTime(segment.start);
+    const auto seconds = time.count() / 1000;
+    return fmt::format("{:02}:{:02}.{:03}", seconds / 60, seconds % 60, time.count() % 1000);
 }
 
 std::string lengthText(const TranscriptionData::Segment& segment)

@@ -2,20 +2,16 @@
 
 #include "models/TranscriptionData.h"
 
-#include <cstdint>
+#include <chrono>
 #include <string>
 
 namespace vocalith {
 
-/// A time of a transcript as people read it, cut off (not rounded) to milliseconds. A time that is negative or not a
-/// finite number is 0.
-struct TranscriptTime {
-    std::int64_t seconds = 0; ///< whole seconds
-    int milliseconds = 0;     ///< 0..999
+/// A time of a transcript as people read it.
+using TranscriptTime = std::chrono::milliseconds;
 
-    static TranscriptTime fromSeconds(double seconds);
-    auto operator<=>(const TranscriptTime&) const = default;
-};
+/// Cut off, not rounded, to milliseconds. A time that is negative or not finite is 0.
+TranscriptTime transcriptTime(double seconds);
 
 /// "01:02:05,500"; more digits where the hours need them.
 std::string srtTime(TranscriptTime time);

@@ -6,6 +6,7 @@
 #include "core/session/KeyboardActivationState.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/storage/PersistentAppStorage.h"
+#include "core/storage/ProcessLock.h"
 
 #include <fmt/format.h>
 
@@ -26,12 +27,26 @@ DictateCommand::DictateCommand(DictateOptions options, Services services)
 
 Task<int> DictateCommand::run()
 {
+    // Without a lock for any other reason than another dictation, dictating is worth more than being alone.
+    const auto lock = ProcessLock::take(m_services.lockFile);
+    if (!lock && lock.error().isHeld)
+        co_return complain("A dictation is already running (process " + lock.error().detail +
+                           "). End or cancel it first.");
     co_await recoverInterrupted();
     const auto loaded = m_services.configurationManager.load();
-    if (!loaded) {
-        m_services.terminal.line(m_services.terminal.coloured(Colour::red, "Error: ") + loaded.error());
-        co_return static_cast<int>(exitFailure);
-    }
+    if (!loaded)
+        co_return complain(loaded.error());
+    co_return co_await dictate();
+}
+
+int DictateCommand::complain(const std::string& text)
+{
+    m_services.terminal.line(m_services.terminal.coloured(Colour::red, "Error: ") + text);
+    return exitFailure;
+}
+
+Task<int> DictateCommand::dictate()
+{
     const Uuid shortcut = m_services.configurationManager.configuration()->shortcuts.front().id;
     auto& notifier = m_services.shortcutNotifier;
 

@@ -25,6 +25,7 @@ public:
         TerminalOverlay& overlay;
         Terminal& terminal;
         InterruptSignals& interrupts;
+        std::filesystem::path lockFile; ///< held while a dictation runs: one at a time for each user
     };
 
     DictateCommand(DictateOptions options, Services services);
@@ -33,6 +34,8 @@ public:
     Task<int> run();
 
 private:
+    Task<int> dictate();
+    int complain(const std::string& text);
     int report(const DictationOutcome& outcome);
     int reportFailure(const dictation_outcome::Failed& failed);
     void hintAtBetterModels(const TranscriptionModelID& used);

@@ -199,7 +199,6 @@ std::unique_ptr<AudioRecordingManager::Recording> AudioRecordingManager::endReco
     stopTimers();
     auto recording = std::exchange(m_recording, nullptr);
     recording->streams.clear();
-    recording->alive.reset();
     return recording;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/pocketsphinx/PocketSphinxModel_p.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
@@ -12,7 +13,15 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
-/// Reads the beginning of a model file; whatever is read past its end is 0.
+std::uint64_t littleEndian(std::string_view fourBytes)
+{
+    std::uint64_t number = 0;
+    for (std::size_t i = 0; i < fourBytes.size(); ++i)
+        number |= std::uint64_t{static_cast<unsigned char>(fourBytes[i])} << (8 * i);
+    return number;
+}
+
+/// Reads a model file; whatever is read past its end is 0.
 class ModelReader {
 public:
     explicit ModelReader(const fs::path& path) : m_stream(path, std::ios::binary) {}
@@ -30,13 +39,13 @@ public:
         std::getline(m_stream, read, '\0');
         return read;
     }
-    std::uint64_t number() // 32 bits, little-endian
+    std::uint64_t number() { return littleEndian(text(4)); } // 32 bits
+    std::string last(std::uintmax_t length)
     {
-        std::array<unsigned char, 4> bytes{};
-        m_stream.read(reinterpret_cast<char*>(bytes.data()), bytes.size());
-        if (!m_stream)
-            return 0;
-        return bytes[0] | bytes[1] << 8U | bytes[2] << 16U | std::uint64_t{bytes[3]} << 24U;
+        std::string read(length, '\0');
+        m_stream.seekg(-static_cast<std::streamoff>(length), std::ios::end);
+        m_stream.read(read.data(), static_cast<std::streamsize>(length));
+        return read;
     }
     std::uint64_t position() { return m_stream ? static_cast<std::uint64_t>(m_stream.tellg()) : 0; }
     explicit operator bool() const { return m_stream.good(); }
@@ -52,10 +61,26 @@ bool isAnything(const fs::path&, std::uintmax_t size)
     return size > 0;
 }
 
-bool isLanguageModel(const fs::path& path, std::uintmax_t)
+/// The library believes that all words are there, which are the last thing in the file, after the size of them all.
+bool isLanguageModel(const fs::path& path, std::uintmax_t size)
 {
     constexpr auto kMark = "Trie Language Model"sv;
-    return ModelReader(path).text(kMark.size()) == kMark;
+    constexpr std::uint64_t kRoomForAWord = 64;
+    ModelReader reader(path);
+    if (reader.text(kMark.size()) != kMark)
+        return false;
+    reader.text(1); // the length of the longest phrases
+    const auto words = reader.number();
+    const auto tail = reader.last(std::min<std::uintmax_t>(size, (words + 1) * kRoomForAWord));
+    auto wordsBegin = tail.size();
+    for (std::uint64_t left = words + 1; left > 0; --left) {
+        const auto end = wordsBegin == 0 ? std::string::npos : tail.rfind('\0', wordsBegin - 1);
+        if (end == std::string::npos)
+            return false;
+        wordsBegin = end;
+    }
+    ++wordsBegin; // the size's own highest byte is 0, too
+    return words > 0 && wordsBegin >= 4 && littleEndian(tail.substr(wordsBegin - 4, 4)) == tail.size() - wordsBegin;
 }
 
 bool isParameters(const fs::path& path, std::uintmax_t)
@@ -71,6 +96,7 @@ bool isPhoneTable(const fs::path& path, std::uintmax_t size)
     constexpr std::uint64_t kTreeNodeBytes = 8;
     constexpr std::uint64_t kPhoneBytes = 12;
     constexpr std::uint64_t kMostNames = 4096;
+    constexpr std::uint64_t kMostStates = 64;
     ModelReader reader(path);
     if (reader.text(kMark.size()) != kMark)
         return false;
@@ -81,7 +107,7 @@ bool isPhoneTable(const fs::path& path, std::uintmax_t size)
         count = reader.number();
     const auto [names, phones, states, ciSenones, senones, matrices, sequences, contexts, nodes, silence] = counts;
     const auto namesBegin = reader.position();
-    if (!reader || names == 0 || names > kMostNames)
+    if (!reader || names == 0 || names > kMostNames || states > kMostStates)
         return false;
     for (std::uint64_t i = 0; i < names; ++i)
         reader.string();

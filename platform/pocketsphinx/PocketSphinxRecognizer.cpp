@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include <malloc.h>
+
 namespace vocalith {
 namespace {
 
@@ -106,7 +108,10 @@ PocketSphinxRecognizer::recognize(std::span<const float> samples, const std::str
 
 void PocketSphinxRecognizer::release()
 {
+    if (!m_decoder)
+        return;
     m_decoder.reset();
+    ::malloc_trim(0); // else the C library keeps the hundred megabytes for itself
 }
 
 } // namespace vocalith

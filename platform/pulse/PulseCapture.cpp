@@ -267,8 +267,10 @@ void PulseCapture::watch()
         due = now + usec(times.stall); // somebody has suspended the device, and may well resume it
     }
     const auto delay = std::chrono::ceil<std::chrono::milliseconds>(std::chrono::microseconds(due - now));
-    m_connection->startTimer(m_watchdog, delay, [this] { watch(); });
-    look(); // PipeWire 0.3.65 now and then forgets to tell of a new default
+    m_connection->startTimer(m_watchdog, delay, [this] {
+        look(); // PipeWire 0.3.65 now and then forgets to tell of a new default
+        watch();
+    });
 }
 
 void PulseCapture::finish(AudioInputError error)

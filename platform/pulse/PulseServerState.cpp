@@ -3,6 +3,7 @@
 #include "base/OneShot.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace vocalith {
 namespace {
@@ -29,7 +30,7 @@ std::vector<AudioDevice> PulseServerState::microphones() const
         if (!source.isMonitor)
             microphones.push_back({source.name, source.description, source.name == defaultSource});
     }
-    std::ranges::stable_partition(microphones, &AudioDevice::isDefault);
+    std::stable_partition(microphones.begin(), microphones.end(), std::mem_fn(&AudioDevice::isDefault));
     return microphones;
 }
 

@@ -64,10 +64,10 @@ TEST(TranscriptTime, CutsOffWhereTheTablesSay)
         {kInfinity, "00:00:00,000", "00:00.000"},
     };
     for (const auto& [seconds, srt, view] : cases) {
-        EXPECT_EQ(srtTime(TranscriptTime::fromSeconds(seconds)), srt);
+        EXPECT_EQ(srtTime(transcriptTime(seconds)), srt);
         EXPECT_EQ(startText(segment("", seconds, 0)), view);
     }
-    EXPECT_EQ(webVttTime(TranscriptTime::fromSeconds(3725.5)), "01:02:05.500");
+    EXPECT_EQ(webVttTime(transcriptTime(3725.5)), "01:02:05.500");
     const std::pair<double, std::string_view> lengths[] = {{9.96, "10.0s"}, {10.2, "10s"}, {0.04, "0.0s"}, {10, "10s"},
                                                            {125.6, "126s"}, {-3, "0.0s"},  {kNaN, "0.0s"}};
     for (const auto& [length, shown] : lengths)

@@ -8,13 +8,13 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <utility>
 
 namespace vocalith::test {
@@ -25,10 +25,8 @@ namespace {
 
 std::vector<char*> pointersTo(std::vector<std::string>& strings)
 {
-    std::vector<char*> pointers;
-    for (auto& string : strings)
-        pointers.push_back(string.data());
-    pointers.push_back(nullptr);
+    std::vector<char*> pointers(strings.size() + 1); // a null pointer ends it
+    std::ranges::transform(strings, pointers.begin(), [](std::string& string) { return string.data(); });
     return pointers;
 }
 

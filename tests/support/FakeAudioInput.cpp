@@ -74,7 +74,7 @@ Task<Result<std::vector<AudioDevice>, AudioInputError>> FakeAudioInput::micropho
     if (m_error)
         co_return failure(*m_error);
     auto microphones = m_microphones;
-    std::ranges::stable_partition(microphones, &AudioDevice::isDefault);
+    std::stable_partition(microphones.begin(), microphones.end(), std::mem_fn(&AudioDevice::isDefault));
     co_return microphones;
 }
 

@@ -9,9 +9,9 @@
 
 namespace vocalith::test {
 
-bool runUntil(const std::function<bool()>& condition)
+bool runUntil(const std::function<bool()>& condition, std::chrono::seconds limit)
 {
-    const QDeadlineTimer deadline(std::chrono::seconds(30));
+    const QDeadlineTimer deadline(limit);
     QTimer wake; // so that the loop looks at the condition again although nothing happens
     wake.start(std::chrono::milliseconds(5));
     while (!condition()) {

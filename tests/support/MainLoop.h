@@ -3,15 +3,16 @@
 #include "base/Task.h"
 #include "base/TaskScope.h"
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <utility>
 
 namespace vocalith::test {
 
-/// Runs the main thread's event loop until `condition` holds, but at most half a minute: then the test fails.
-/// Yields whether it held.
-bool runUntil(const std::function<bool()>& condition);
+/// Runs the main thread's event loop until `condition` holds, but at most until `limit`: then the test fails. Yields
+/// whether it held.
+bool runUntil(const std::function<bool()>& condition, std::chrono::seconds limit = std::chrono::seconds(60));
 
 /// Handles what is due on the main thread now, also what that makes due.
 void drainMainThread();

@@ -44,7 +44,7 @@ private:
                                                         const std::function<void(double)>& pieceProgress,
                                                         const StopToken& stop, TranscriptionData& transcript)
     {
-        const StopCallback onStop(stop, [&whisperCPP] { whisperCPP.cancel(); });
+        const std::stop_callback onStop(stop, [&whisperCPP] { whisperCPP.cancel(); });
         auto decoded = whisperCPP.transcribe(samples, [&](int percent) {
             if (stop.stop_requested()) // a stop that came just before the decode began
                 whisperCPP.cancel();

@@ -47,7 +47,8 @@ public:
     QProcess& process() { return m_process; }
     Ended wait()
     {
-        runUntil([this] { return m_process.state() == QProcess::NotRunning; });
+        // A whole recognition, on a machine that may be busy with other tests.
+        runUntil([this] { return m_process.state() == QProcess::NotRunning; }, std::chrono::minutes(3));
         return {m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1,
                 m_process.readAllStandardOutput().toStdString(), m_process.readAllStandardError().toStdString()};
     }

@@ -50,16 +50,6 @@ protected:
     WhisperTranscriptionService m_service{m_storage, m_files, m_converter, m_type, m_clock, m_log.logger()};
 };
 
-/// The memory of this process that is its own, in bytes.
-std::size_t residentMemory()
-{
-    std::ifstream statistics("/proc/self/statm");
-    std::size_t size = 0;
-    std::size_t resident = 0;
-    statistics >> size >> resident;
-    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
-
 TEST_F(WhisperServiceTest, AStopInTheMiddleOfADecodeIsAnsweredAtOnce)
 {
     ScriptedWhisperModel().write(m_file);
@@ -137,6 +127,16 @@ TEST_F(WhisperServiceTest, WhatTheVerificationLetsThroughTheLibraryDecodes)
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep freed memory
+/// The memory of this process that is its own, in bytes.
+std::size_t residentMemory()
+{
+    std::ifstream statistics("/proc/self/statm");
+    std::size_t size = 0;
+    std::size_t resident = 0;
+    statistics >> size >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
 TEST_F(WhisperServiceTest, DisuseGivesTheMemoryBack)
 {
     ScriptedWhisperModel scripted;

@@ -93,6 +93,7 @@ TEST_F(AudioRecordingStreamsTest, AFileThatCannotGrowEndsTheRecordingAndKeepsWha
             microphone()->push(std::span(samples).subspan(at, 1000));
     }
     microphone()->push(samples); // room again: what comes now would not follow what is there
+    microphone()->end();
     drainMainThread();
     ASSERT_EQ(ends.size(), 1U);
     EXPECT_NE(userMessage(ends[0].error()).find("What was recorded until then is kept."), std::string::npos);
@@ -100,6 +101,34 @@ TEST_F(AudioRecordingStreamsTest, AFileThatCannotGrowEndsTheRecordingAndKeepsWha
     ASSERT_TRUE(recording);
     EXPECT_EQ(recorded(*recording), std::vector(samples.begin(), samples.begin() + (40000 - 44) / 2));
     EXPECT_EQ(recording->interruption, ends[0].error());
+}
+
+TEST_F(AudioRecordingStreamsTest, AnEndWhileASourceStillOpensIsToldAfterTheStart)
+{
+    std::optional<Result<void, AudioRecordingFailure>> started;
+    int ends = 0;
+    bool wasStarted = false;
+    const auto subscription = m_manager.ended.subscribe([&](const auto&) {
+        ++ends;
+        wasStarted = started.has_value();
+    });
+    TaskScope scope;
+    m_input.holdOpens();
+    scope.start(storeResult(m_manager.start({m_id, RecordingMode::both, false, ""}), started));
+    m_input.releaseOpens();
+    m_input.holdOpens(); // the microphone opens, the system's audio does not yet
+    drainMainThread();
+    {
+        const FileSizeLimit limit(10000);
+        microphone()->push(ramp(10000));
+    }
+    drainMainThread();
+    EXPECT_EQ(ends, 0);
+    m_input.releaseOpens();
+    drainMainThread();
+    EXPECT_EQ(ends, 1);
+    EXPECT_TRUE(wasStarted);
+    EXPECT_TRUE(await(m_manager.stop()));
 }
 
 TEST_F(AudioRecordingStreamsTest, WhatACrashLeftBehindIsRecovered)

@@ -207,6 +207,19 @@ TEST(StreamMixer, LateOpeningAndGapsAreSilenceAndEndInPlace)
         ASSERT_LE(std::abs(mixed[i] - mixed[i - 1]), 60) << "click at " << i;
 }
 
+TEST(StreamMixer, AudioThatTheSecondDeviceLostIsMadeGoodWithinSeconds)
+{
+    StreamMixer mixer;
+    Samples mixed;
+    pushBoth(mixer, 100, 0, 1000, mixed); // 2 s
+    for (int i = 0; i < 4; ++i)           // 80 ms are lost, too little for the queue to run empty
+        mixer.push(Input::master, constant(320, 0), mixed);
+    pushBoth(mixer, 250, 0, 1000, mixed); // 5 s
+    pushBoth(mixer, 50, 0, 8000, mixed);
+    mixer.finish(mixed);
+    EXPECT_NEAR(static_cast<double>(firstAbove(mixed, 0, 4000)), 7.08 * kRate, 330);
+}
+
 TEST(StreamMixer, TheSecondCarriesOnWhenTheMasterStopsOrStalls)
 {
     for (const bool ends : {true, false}) {

@@ -123,7 +123,8 @@ TEST_P(PulseServerTest, ANamedMicrophoneThatIsUnpluggedIsLost)
     const auto stream = open(patient, {AudioSource::microphone, "named"}, recording);
     Recording other;
     const auto otherStream = open(patient, {AudioSource::microphone, "fallback"}, other);
-    const auto feeders = {feed(named, m_rising), feed(fallback, m_falling)};
+    const auto namedFeeder = feed(named, m_rising);
+    const auto fallbackFeeder = feed(fallback, m_falling);
     ASSERT_TRUE(hears(recording, m_rising));
 
     server.remove("named");
@@ -139,7 +140,8 @@ TEST_P(PulseServerTest, TheDefaultMicrophoneIsFollowed)
     auto first = server.addMicrophone("first");
     auto second = server.addMicrophone("second");
     const auto stream = open(patient, {AudioSource::microphone, {}}, recording);
-    const auto feeders = {feed(first, m_rising), feed(second, m_falling)};
+    const auto firstFeeder = feed(first, m_rising);
+    const auto secondFeeder = feed(second, m_falling);
     ASSERT_TRUE(hears(recording, m_rising));
 
     server.setDefaultSource("second"); // chosen by the user

@@ -102,8 +102,8 @@ std::vector<std::int16_t> speechBand(std::size_t count)
 
 std::optional<std::size_t> find(const std::vector<std::int16_t>& part, const std::vector<std::int16_t>& whole)
 {
-    const auto at = std::ranges::search(whole, part);
-    return at.empty() ? std::nullopt : std::optional(static_cast<std::size_t>(at.begin() - whole.begin()));
+    const auto at = std::search(whole.begin(), whole.end(), part.begin(), part.end());
+    return at == whole.end() ? std::nullopt : std::optional(static_cast<std::size_t>(at - whole.begin()));
 }
 
 double correlation(const std::vector<std::int16_t>& part, const std::vector<std::int16_t>& whole)
