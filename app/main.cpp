@@ -2,6 +2,7 @@
 #include "app/cli/DictateCommand.h"
 #include "app/cli/DoctorCommand.h"
 #include "app/cli/ExitCode.h"
+#include "app/cli/MicrophoneReport.h"
 #include "app/cli/ModelReport.h"
 #include "app/cli/RecognitionChoice.h"
 #include "app/cli/SessionDiagnostics.h"
@@ -43,7 +44,7 @@ public:
     Task<void> execute(int& exitCode);
     Task<int> run(const DictateOptions& options);
     Task<int> run(const TranscribeOptions& options);
-    Task<int> run(const ModelsOptions& options);
+    Task<int> run(const ModelsOptions& options) { co_return listModels(options, m_models.rows(), m_terminal); }
     Task<int> run(const DoctorOptions& options);
 
 private:
@@ -105,20 +106,18 @@ Task<int> Program::run(const TranscribeOptions& options)
 {
     const auto model = chooseModel(m_recognition, TranscriptionSource::file, m_models, m_modelFiles);
     InterruptSignals interrupts;
-    TranscribeCommand command(options, model, {m_session, m_terminal, interrupts, m_clock});
+    TranscribeCommand command(options, model,
+                              {m_session, m_terminal, interrupts, m_storage, m_clock, m_paths.recordingsFolder});
     co_return co_await command.run();
-}
-
-Task<int> Program::run(const ModelsOptions& options)
-{
-    co_return listModels(options, m_models.rows(), m_terminal);
 }
 
 Task<int> Program::run(const DoctorOptions& options)
 {
     SessionDiagnostics session(environmentVariable);
     PulseDiagnostics pulse(m_log.logger("pulse"));
-    DoctorCommand command(options, {session, pulse, m_models}, m_terminal);
+    PulseAudioInput input(m_log.logger("pulse"));
+    MicrophoneReport microphones(input);
+    DoctorCommand command(options, {session, pulse, microphones, m_models}, m_terminal);
     co_return co_await command.run();
 }
 

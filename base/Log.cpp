@@ -1,5 +1,7 @@
 #include "base/Log.h"
 
+#include "base/AtomicFile.h"
+
 #include <spdlog/logger.h>
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/null_sink.h>
@@ -51,7 +53,8 @@ private:
 spdlog::sink_ptr rotatingFile(const std::filesystem::path& file)
 {
     try {
-        std::filesystem::create_directories(file.parent_path());
+        if (!createPrivateFolder(file.parent_path()))
+            return std::make_shared<spdlog::sinks::null_sink_mt>();
         spdlog::file_event_handlers handlers;
         handlers.after_open = [](const spdlog::filename_t&, std::FILE* stream) {
             fchmod(fileno(stream), S_IRUSR | S_IWUSR);

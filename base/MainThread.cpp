@@ -1,9 +1,7 @@
 #include "base/MainThread.h"
 
 #include <QCoreApplication>
-#include <QMetaObject>
-
-#include <memory>
+#include <QEvent>
 
 #if defined(__SANITIZE_THREAD__)
 #include <sanitizer/tsan_interface.h>
@@ -12,44 +10,37 @@
 namespace vocalith {
 namespace {
 
-/// What was done before an action was posted has happened before it runs. Qt's queue sees to that, with locks that the
-/// thread sanitizer does not know.
-void publish([[maybe_unused]] void* queue)
-{
+/// An action on its way through the application's event queue. Nobody handles the event: the action runs when the main
+/// thread throws it away, so that the poster does not touch it once it is posted.
+class PostedAction final : public QEvent {
+public:
+    explicit PostedAction(std::function<void()> action) : QEvent(QEvent::User), m_action(std::move(action))
+    {
 #if defined(__SANITIZE_THREAD__)
-    __tsan_release(queue);
+        __tsan_release(this); // Qt's queue has locks that the thread sanitizer does not know
 #endif
-}
-
-void receive([[maybe_unused]] void* queue)
-{
+    }
+    PostedAction(const PostedAction&) = delete;
+    PostedAction& operator=(const PostedAction&) = delete;
+    ~PostedAction() override
+    {
 #if defined(__SANITIZE_THREAD__)
-    __tsan_acquire(queue);
+        __tsan_acquire(this);
 #endif
-}
+        if (QCoreApplication::instance()) // else it was still in the queue when the application ended
+            m_action();
+    }
 
-/// Takes a share of its own, so that the action's count is touched after the action has run.
-void run(std::shared_ptr<std::function<void()>> action)
-{
-    (*action)();
-}
+private:
+    std::function<void()> m_action;
+};
 
 } // namespace
 
 void postToMainThread(std::function<void()> action)
 {
-    auto* application = QCoreApplication::instance();
-    if (!application)
-        return;
-    // Either thread may be the last to let go of what is posted. Qt counts that where the thread sanitizer does not see
-    // it; a count of our own, touched last by both, shows it the order.
-    const auto shared = std::make_shared<std::function<void()>>(std::move(action));
-    const auto call = [shared] {
-        receive(QCoreApplication::instance());
-        run(shared);
-    };
-    publish(application);
-    QMetaObject::invokeMethod(application, call, Qt::QueuedConnection);
+    if (auto* application = QCoreApplication::instance())
+        QCoreApplication::postEvent(application, new PostedAction(std::move(action)));
 }
 
 } // namespace vocalith

@@ -14,8 +14,10 @@ std::string userMessage(const AudioInputError& error)
         return "The audio server refuses access to the microphone. Allow microphone access for this application and "
                "try "
                "again.";
-    case Kind::noDevice: return "No microphone was found. Connect one, or choose another in the sound settings.";
-    case Kind::deviceLost: return "The microphone was disconnected. What was recorded until then is kept.";
+    case Kind::noDevice:
+        return "There is nothing to record from" + (error.detail.empty() ? "" : ": " + error.detail) +
+               ". Connect a microphone, or choose another; \"vocalith doctor\" lists them.";
+    case Kind::deviceLost: return "The audio device was disconnected. What was recorded until then is kept.";
     case Kind::serverLost: return "The audio server stopped. What was recorded until then is kept.";
     case Kind::unsupported: return "This audio source cannot be recorded here.";
     case Kind::sourceUnreadable: return error.detail;

@@ -1,23 +1,18 @@
 #include "app/cli/DictateCommand.h"
 
+#include "app/cli/BetterModelHint.h"
 #include "app/cli/ExitCode.h"
-#include "core/audio/AudioRecordingManager.h"
 #include "core/session/ConfigurationManager.h"
 #include "core/session/KeyboardActivationState.h"
-#include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/storage/PersistentAppStorage.h"
 #include "core/storage/ProcessLock.h"
 
 #include <fmt/format.h>
 
-#include <algorithm>
-
 namespace vocalith {
 namespace {
 
 using Colour = Terminal::Colour;
-
-constexpr const char* kBetterModelHint = "cli.betterModelHint";
 
 } // namespace
 
@@ -60,6 +55,7 @@ Task<int> DictateCommand::dictate()
     const auto cancel = [&notifier] { notifier.escapeTriggered.emit(); };
     controls.push_back(m_services.interrupts.interrupted.subscribe(cancel));
     controls.push_back(m_services.interrupts.terminated.subscribe(finish));
+    m_services.overlay.setKeyHint(m_options.audio ? "Ctrl-C cancels" : "Enter ends, Escape cancels");
     if (!m_options.audio) {
         keys = std::make_unique<TerminalKeys>();
         controls.push_back(keys->enterPressed.subscribe(finish));
@@ -89,8 +85,10 @@ Task<void> DictateCommand::recoverInterrupted()
     if (!interrupted)
         co_return;
     const auto recovered = co_await m_services.audioRecordingManager.recover(*interrupted);
-    if (!recovered)
+    if (!recovered) {
+        reportUnrecovered(*interrupted, recovered.error());
         co_return;
+    }
     const std::string file = filePath(recovered->audioFile.fileBookmark).value_or("").string();
     m_services.terminal.line(fmt::format("{}A dictation was cut off earlier; its recording ({:.1f} s) was kept.\n"
                                          "Write it down with: vocalith transcribe \"{}\"",
@@ -98,11 +96,22 @@ Task<void> DictateCommand::recoverInterrupted()
                                          recovered->audioFile.duration, file));
 }
 
+/// What could not be saved now must be named now: the next recording takes its place in the settings.
+void DictateCommand::reportUnrecovered(const AudioCrashRecoveryInfo& interrupted, RecordingRecoveryFailure reason)
+{
+    const bool isStillThere =
+        reason == RecordingRecoveryFailure::diskFull || reason == RecordingRecoveryFailure::failed;
+    if (isStillThere)
+        m_services.terminal.line(fmt::format("{}{}\nWrite it down with: vocalith transcribe \"{}\"",
+                                             m_services.terminal.coloured(Colour::yellow, "Notice: "),
+                                             userMessage(reason), interrupted.recordingFilePath));
+}
+
 int DictateCommand::report(const DictationOutcome& outcome)
 {
     auto& terminal = m_services.terminal;
     if (const auto* delivered = std::get_if<dictation_outcome::Delivered>(&outcome)) {
-        hintAtBetterModels(delivered->transcription.modelId);
+        hintAtBetterModels(delivered->transcription.modelId, m_services.appStorage, terminal);
         return exitSuccess;
     }
     if (std::holds_alternative<dictation_outcome::EndedEarly>(outcome))
@@ -130,20 +139,6 @@ int DictateCommand::reportFailure(const dictation_outcome::Failed& failed)
         terminal.line(fmt::format("The recording was kept. Try again with: vocalith transcribe \"{}\"",
                                   failed.recording->string()));
     return failed.noSpeech ? exitNoSpeech : exitFailure;
-}
-
-void DictateCommand::hintAtBetterModels(const TranscriptionModelID& used)
-{
-    if (used != TranscriptionModelID(std::string(kSpeechTranscriberID)))
-        return;
-    auto shown = m_services.appStorage.shownNotificationIDs.get();
-    if (std::find(shown.begin(), shown.end(), kBetterModelHint) != shown.end())
-        return;
-    m_services.terminal.line(m_services.terminal.coloured(
-        Colour::dim, "This text comes from the system's own recogniser: English only, without punctuation. It serves "
-                     "until a better\nmodel is there; \"vocalith doctor\" says how to get one. (This is said once.)"));
-    shown.emplace_back(kBetterModelHint);
-    m_services.appStorage.shownNotificationIDs.set(std::move(shown));
 }
 
 } // namespace vocalith

@@ -4,12 +4,12 @@
 #include "app/cli/TerminalInput.h"
 #include "app/cli/TerminalOverlay.h"
 #include "base/Task.h"
+#include "core/audio/AudioRecordingManager.h"
 
 #include <memory>
 
 namespace vocalith {
 
-class AudioRecordingManager;
 class ConfigurationManager;
 class PersistentAppStorage;
 struct ShortcutNotifier;
@@ -38,7 +38,7 @@ private:
     int complain(const std::string& text);
     int report(const DictationOutcome& outcome);
     int reportFailure(const dictation_outcome::Failed& failed);
-    void hintAtBetterModels(const TranscriptionModelID& used);
+    void reportUnrecovered(const AudioCrashRecoveryInfo& interrupted, RecordingRecoveryFailure reason);
     Task<void> recoverInterrupted();
     std::vector<Subscription> followRecording();
 

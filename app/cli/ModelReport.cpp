@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <system_error>
 
 namespace vocalith {
 namespace {
@@ -39,6 +40,17 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right)
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), same);
 }
 
+/// The command that fetches a model of the catalogue.
+std::string downloadCommand(const VoiceModelMetadata& entry, const std::string& folder)
+{
+    const auto* local = std::get_if<LocalTranscriptionModelMetadata>(&entry);
+    const auto* source = local ? std::get_if<LocalTranscriptionModelMetadata::Downloadable>(&local->source) : nullptr;
+    if (!source || !source->downloadUrl)
+        return {};
+    return fmt::format("curl -L --create-dirs -o \"{}/{}\" {}", folder, modelFileName(entry).value_or(""),
+                       *source->downloadUrl);
+}
+
 } // namespace
 
 ModelReport::ModelReport(const VoiceModelCatalogue& catalogue, const ModelFileManager& files,
@@ -57,11 +69,18 @@ std::vector<ModelRow> ModelReport::rows() const
         rows.push_back(row(entry, present));
     for (const auto& model : presentModels) {
         if (!m_catalogue.find(model))
-            rows.push_back(row(m_catalogue.entry(model), present));
+            rows.push_back(row(m_catalogue.entry(model, sizeOf(model)), present));
     }
     for (auto& each : rows)
         each.isDefault = each.id == toString(chosen);
     return rows;
+}
+
+std::optional<std::uint64_t> ModelReport::sizeOf(const TranscriptionModelID& model) const
+{
+    std::error_code error;
+    const auto size = std::filesystem::file_size(m_files.expectedFile(model).value_or(""), error);
+    return error ? std::nullopt : std::optional<std::uint64_t>(size);
 }
 
 ModelRow ModelReport::row(const VoiceModelMetadata& entry, const std::set<TranscriptionModelID>& present) const
@@ -94,10 +113,13 @@ std::string ModelReport::stateOf(const VoiceModelMetadata& entry, bool isPresent
 
 TranscriptionModelID ModelReport::defaultModel(TranscriptionSource source) const
 {
-    const auto& selection = source == TranscriptionSource::file ? m_appStorage.selectedFileTranscriptionVoiceModelID
-                                                                : m_appStorage.selectedDictationModelID;
+    const auto& setting = source == TranscriptionSource::file ? m_appStorage.selectedFileTranscriptionVoiceModelID
+                                                              : m_appStorage.selectedDictationModelID;
+    auto selection = setting.get();
+    if (selection)
+        selection = named(toString(*selection)); // a model file may have been stored with its extension
     const auto present = m_files.presentModels();
-    return dictationModel(m_catalogue, selection.get(), {present.begin(), present.end()}, m_traits);
+    return dictationModel(m_catalogue, selection, {present.begin(), present.end()}, m_traits);
 }
 
 TranscriptionModelID ModelReport::named(const std::string& text) const
@@ -132,12 +154,13 @@ Task<std::vector<Finding>> ModelReport::examine()
     if (present.empty()) {
         models.state = available ? Finding::State::limited : Finding::State::missing;
         models.detail = "no whisper model in " + folder;
-        models.remedy =
-            fmt::format("put a whisper.cpp model there, for example ggml-small.bin: mkdir -p \"{}\"", folder);
+        models.remedy = downloadCommand(m_catalogue.entry(PredefinedModelID::base), folder);
     }
     findings.push_back(std::move(models));
     const auto chosen = defaultModel(TranscriptionSource::dictation);
-    findings.push_back({"Default model", Finding::State::good, toString(chosen), {}});
+    const bool isReady = stateOf(m_catalogue.entry(chosen), true) == "ready";
+    findings.push_back(
+        {"Default model", isReady ? Finding::State::good : Finding::State::missing, toString(chosen), {}});
     co_return findings;
 }
 

@@ -6,7 +6,9 @@
 #include "models/TranscriptionSource.h"
 #include "ports/Diagnostics.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -36,6 +38,7 @@ public:
 
 private:
     ModelRow row(const VoiceModelMetadata& entry, const std::set<TranscriptionModelID>& present) const;
+    std::optional<std::uint64_t> sizeOf(const TranscriptionModelID& model) const;
     std::string stateOf(const VoiceModelMetadata& entry, bool isPresent) const;
 
     const VoiceModelCatalogue& m_catalogue;

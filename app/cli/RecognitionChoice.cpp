@@ -47,10 +47,10 @@ std::string printedDictation(const DictateOptions& options, const std::string& t
 
 std::string explained(const TranscriptionError& error)
 {
-    const std::string text = userMessage(error);
-    if (error.kind != TranscriptionError::Kind::modelNotFound)
-        return text;
-    return text + "\nSee which there are with: vocalith models list";
+    std::string text = userMessage(error);
+    if (error.kind == TranscriptionError::Kind::modelNotFound)
+        text += "\n\"vocalith models list\" shows which there are, \"vocalith doctor\" how to get one.";
+    return text;
 }
 
 } // namespace vocalith

@@ -9,6 +9,12 @@
 
 namespace vocalith {
 
+std::string saveUndelivered(const std::filesystem::path& folder, const std::string& text)
+{
+    const auto file = folder / ("Undelivered-" + Uuid::random().toString() + ".txt");
+    return writeFileAtomically(file, text) ? "It was saved in \"" + file.string() + "\"." : std::string();
+}
+
 StandardOutput::StandardOutput(Terminal& terminal, std::filesystem::path rescueFolder)
     : m_terminal(terminal), m_rescueFolder(std::move(rescueFolder)),
       m_format([](const std::string& text) { return text; })
@@ -20,18 +26,10 @@ Task<Result<void, TextOutputError>> StandardOutput::deliver(std::string text)
     m_terminal.clearStatus();
     const int error = writeToStandardOutput(m_format(spoken) + '\n');
     if (error != 0)
-        co_return failure(rescue(spoken, error));
+        co_return failure(TextOutputError{
+            "The text could not be written to standard output: " + std::generic_category().message(error) + ".",
+            saveUndelivered(m_rescueFolder, spoken + '\n')});
     co_return Result<void, TextOutputError>();
-}
-
-TextOutputError StandardOutput::rescue(const std::string& text, int systemError) const
-{
-    const std::string reason =
-        "The text could not be written to standard output: " + std::generic_category().message(systemError) + ".";
-    const auto file = m_rescueFolder / ("Undelivered-" + Uuid::random().toString() + ".txt");
-    if (!writeFileAtomically(file, text + '\n'))
-        return {reason, {}};
-    return {reason, "It was saved in \"" + file.string() + "\"."};
 }
 
 } // namespace vocalith

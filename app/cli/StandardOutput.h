@@ -9,6 +9,10 @@ namespace vocalith {
 
 class Terminal;
 
+/// Saves a text that could not be handed over in a file of `folder` and yields the sentence that says where; empty when
+/// that failed too.
+std::string saveUndelivered(const std::filesystem::path& folder, const std::string& text);
+
 /// Hands dictated text to whoever reads standard output, one dictation a line. When that cannot be written, the text is
 /// saved in a file of the rescue folder.
 class StandardOutput final : public TextOutput {
@@ -24,8 +28,6 @@ public:
     Task<Result<void, TextOutputError>> deliver(std::string text) override;
 
 private:
-    TextOutputError rescue(const std::string& text, int systemError) const;
-
     Terminal& m_terminal; // shares the screen with standard output
     const std::filesystem::path m_rescueFolder;
     Format m_format;

@@ -26,7 +26,7 @@ int writeAll(int descriptor, std::string_view text)
 {
     while (!text.empty()) {
         const auto written = ::write(descriptor, text.data(), text.size());
-        if (written > 0) {
+        if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
             continue;
         }

@@ -19,6 +19,8 @@ constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 // A signal handler can reach nothing but a global.
 std::atomic<int> signalPipe = -1;
+std::atomic<bool> isInterrupted = false;
+std::atomic<const termios*> terminalBefore = nullptr;
 
 void forwardSignal(int number)
 {
@@ -26,7 +28,13 @@ void forwardSignal(int number)
     const auto byte = static_cast<char>(number);
     const auto written = ::write(signalPipe.load(), &byte, 1);
     static_cast<void>(written);
-    std::signal(number, SIG_DFL); // the second one ends the program at once
+    // A second Ctrl-C ends the program at once. A second polite request does not: the first one is being served.
+    if (number == SIGINT && isInterrupted.exchange(true)) {
+        if (const auto* before = terminalBefore.load())
+            ::tcsetattr(STDIN_FILENO, TCSANOW, before);
+        std::signal(number, SIG_DFL);
+        std::raise(number);
+    }
     errno = saved;
 }
 
@@ -88,6 +96,7 @@ TerminalKeys::TerminalKeys() : d(std::make_unique<Private>())
         termios keyByKey = d->before;
         keyByKey.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
         ::tcsetattr(STDIN_FILENO, TCSANOW, &keyByKey);
+        terminalBefore = &d->before;
     }
     if (!d->isTerminal && !isPipe(STDIN_FILENO))
         return;
@@ -95,7 +104,9 @@ TerminalKeys::TerminalKeys() : d(std::make_unique<Private>())
     QObject::connect(d->notifier.get(), &QSocketNotifier::activated, d->notifier.get(), [this] {
         std::array<char, 256> bytes{};
         const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        const std::string_view keys(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+        if (count < 0)
+            return;
+        const std::string_view keys(bytes.data(), static_cast<std::size_t>(count));
         if (keys.empty())
             d->notifier->setEnabled(false);
         if (keys.empty() || keys.find_first_of("\r\n") != std::string_view::npos)
@@ -107,6 +118,7 @@ TerminalKeys::TerminalKeys() : d(std::make_unique<Private>())
 
 TerminalKeys::~TerminalKeys()
 {
+    terminalBefore = nullptr;
     if (d->isTerminal)
         ::tcsetattr(STDIN_FILENO, TCSANOW, &d->before);
 }

@@ -6,8 +6,8 @@
 
 namespace vocalith {
 
-/// Ctrl-C and the polite requests to end, as signals on the main thread. At most one at a time in the program. The
-/// second request of a kind ends the program at once, as ever.
+/// Ctrl-C and the polite requests to end, as signals on the main thread. At most one at a time in the program. A
+/// second Ctrl-C ends the program at once, as ever.
 class InterruptSignals {
 public:
     InterruptSignals();

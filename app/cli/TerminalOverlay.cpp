@@ -79,7 +79,7 @@ void TerminalOverlay::draw()
 std::string TerminalOverlay::recordingLine() const
 {
     return m_terminal.coloured(Terminal::Colour::red, "●") + " " + clockText(m_elapsedTime) + "  " + m_bars + "  " +
-           m_terminal.coloured(Terminal::Colour::dim, "Enter ends, Escape cancels");
+           m_terminal.coloured(Terminal::Colour::dim, m_keyHint);
 }
 
 std::string TerminalOverlay::workingLine() const

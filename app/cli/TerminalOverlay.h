@@ -19,6 +19,8 @@ public:
 
     /// Told of the end of each dictation.
     void onDictationEnded(EndHandler handler) { m_onEnded = std::move(handler); }
+    /// What the user can press, shown beside the level.
+    void setKeyHint(std::string hint) { m_keyHint = std::move(hint); }
     void showLevel(const std::vector<float>& bars);
     void showElapsedTime(double seconds);
 
@@ -36,6 +38,7 @@ private:
     EndHandler m_onEnded = [](const DictationOutcome&) {};
     bool m_isVisible = false;
     ProcessingIndicator::State m_indicator = ProcessingIndicator::State::starting;
+    std::string m_keyHint;
     std::string m_bars;
     double m_elapsedTime = 0;
     double m_progress = 0;

@@ -1,7 +1,9 @@
 #include "app/cli/TranscribeCommand.h"
 
+#include "app/cli/BetterModelHint.h"
 #include "app/cli/ExitCode.h"
 #include "app/cli/RecognitionChoice.h"
+#include "app/cli/StandardOutput.h"
 #include "app/cli/Terminal.h"
 #include "base/AtomicFile.h"
 #include "core/session/TranscriptionSessionManager.h"
@@ -10,6 +12,8 @@
 
 #include <set>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace vocalith {
 
@@ -91,6 +95,10 @@ Result<fs::path, std::string> TranscribeCommand::destination(const fs::path& fil
     fs::path target = m_options.output;
     if (fs::is_directory(target, error))
         target /= file.stem().string() + "." + std::string(fileExtension(format()));
+    const auto folder = fs::absolute(target).parent_path();
+    if (!fs::is_directory(folder, error) || ::access(folder.c_str(), W_OK) != 0)
+        return failure("Nothing can be written in the folder \"" + folder.string() +
+                       "\". Make it first, or choose another --output.");
     if (fs::exists(target, error) && !m_options.force)
         return failure("\"" + target.string() + "\" exists. Choose another --output, or replace it with --force.");
     if (fs::equivalent(target, file, error))
@@ -116,6 +124,7 @@ Task<int> TranscribeCommand::transcribe(fs::path file)
         co_return static_cast<int>(noSpeech ? exitNoSpeech : exitFailure);
     }
     const int code = deliver(*transcript, file);
+    hintAtBetterModels(transcript->modelId, m_services.appStorage, m_services.terminal);
     const double took = toSeconds(m_services.clock.instant() - started);
     const auto target = destination(file);
     if (code == exitSuccess && !m_options.quiet && target && !m_options.output.empty() && m_options.output != "-")
@@ -134,12 +143,20 @@ int TranscribeCommand::deliver(const TranscriptionData& transcript, const fs::pa
     if (target->empty()) {
         const int error = writeToStandardOutput(text);
         return error == 0 ? exitSuccess
-                          : complain("The transcript could not be written to standard output: " +
-                                     std::generic_category().message(error));
+                          : rescue("The transcript could not be written to standard output: " +
+                                       std::generic_category().message(error) + ".",
+                                   text);
     }
     const auto written = writeFileAtomically(*target, text);
-    return written ? exitSuccess
-                   : complain("\"" + target->string() + "\" could not be written: " + written.error().reason.message());
+    return written
+               ? exitSuccess
+               : rescue("\"" + target->string() + "\" could not be written: " + written.error().reason.message() + ".",
+                        text);
+}
+
+int TranscribeCommand::rescue(const std::string& reason, const std::string& text)
+{
+    return complain(reason + " " + saveUndelivered(m_services.rescueFolder, text));
 }
 
 int TranscribeCommand::complain(const std::string& text)

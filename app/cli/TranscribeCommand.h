@@ -10,6 +10,7 @@
 
 namespace vocalith {
 
+class PersistentAppStorage;
 class Terminal;
 class TranscriptionSessionManager;
 
@@ -21,7 +22,9 @@ public:
         TranscriptionSessionManager& sessionManager;
         Terminal& terminal;
         InterruptSignals& interrupts;
+        PersistentAppStorage& appStorage;
         const Clock& clock;
+        std::filesystem::path rescueFolder; ///< for a transcript that its destination does not take
     };
 
     TranscribeCommand(TranscribeOptions options, TranscriptionModelID model, Services services);
@@ -36,6 +39,7 @@ private:
     Task<void> transcribeAll();
     Task<int> transcribe(std::filesystem::path file);
     int deliver(const TranscriptionData& transcript, const std::filesystem::path& file);
+    int rescue(const std::string& reason, const std::string& text);
     int complain(const std::string& text);
     std::function<void(double)> progressOf(const std::filesystem::path& file);
 

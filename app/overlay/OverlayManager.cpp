@@ -99,6 +99,7 @@ void OverlayManager::begin(const OverlayActivationModeWithShortcutIndex& activat
     m_overlayState = {Uuid::random(), {}, std::nullopt};
     m_activationMode = activation.mode;
     m_engineFailure.reset();
+    m_interruption.reset();
     m_recording.reset();
 
     // The microphone comes before everything else: people begin to speak as they press.
@@ -125,10 +126,8 @@ Task<void> OverlayManager::setUpRecording(RecordingRequest request)
 
 void OverlayManager::recordingFailed(const AudioRecordingFailure& error)
 {
-    if (isPermissionDenied(error)) {
+    if (isPermissionDenied(error))
         m_services.analytics.event("overlay_error_mic_permission");
-        m_services.alertService.show(userMessage(error));
-    }
     abort({userMessage(error), {}, std::nullopt, {}, false});
 }
 
@@ -160,7 +159,7 @@ void OverlayManager::inputEnded(const Result<void, AudioInputError>& reason)
     if (m_phase != Phase::recording)
         return;
     if (!reason)
-        m_services.alertService.show(userMessage(reason.error()));
+        m_interruption = reason.error();
     finish();
 }
 
@@ -180,18 +179,20 @@ Task<void> OverlayManager::completeDictation()
     if (m_phase != Phase::processing)
         co_return;
     m_services.shortcutFeedbackService.recordingEnded(isLongEnough());
+    if (m_recording && m_recording->interruption)
+        m_interruption = m_recording->interruption;
+    if (m_interruption && isLongEnough())
+        m_services.alertService.show(userMessage(*m_interruption));
 
     co_await m_stateHandlingTask.untilEmpty(); // the model may still be loading
     if (m_phase != Phase::processing)
         co_return;
     if (m_engineFailure) {
         fail(*m_engineFailure);
-    } else if (!m_recording) {
+    } else if (!m_recording && !m_interruption) {
         end(dictation_outcome::Failed{userMessage(stopped.error()), {}, std::nullopt, {}, false});
     } else if (!isLongEnough()) {
-        const double elapsed = m_recording->elapsedTime;
-        removeRecording();
-        end(dictation_outcome::TooShort{elapsed});
+        endTooShort();
     } else {
         auto request = completionRequest();
         auto outcome = co_await m_services.sessionManager.complete(std::move(request));
@@ -202,6 +203,16 @@ Task<void> OverlayManager::completeDictation()
         else
             fail(outcome.error());
     }
+}
+
+void OverlayManager::endTooShort()
+{
+    const double elapsed = m_recording ? m_recording->elapsedTime : 0;
+    removeRecording();
+    if (m_interruption)
+        end(dictation_outcome::Failed{userMessage(*m_interruption), {}, std::nullopt, {}, false});
+    else
+        end(dictation_outcome::TooShort{elapsed});
 }
 
 CompletionRequest OverlayManager::completionRequest() const
@@ -280,6 +291,7 @@ Task<void> OverlayManager::unwind(DictationOutcome outcome)
 void OverlayManager::end(const DictationOutcome& outcome)
 {
     m_services.sessionManager.releaseEngine();
+    m_services.audioRecordingManager.settle();
     m_recording.reset();
     m_phase = Phase::idle;
     m_services.overlayDisplay.show(OverlayHidden{});

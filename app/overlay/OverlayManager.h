@@ -79,6 +79,7 @@ private:
     void conclude(PipelineOutcome outcome);
     void fail(const SessionError& error);
     void end(const DictationOutcome& outcome);
+    void endTooShort();
     bool isLongEnough() const;
     void removeRecording();
 
@@ -91,6 +92,7 @@ private:
     std::optional<OverlayActivationMode> m_lastSuccessfulActivationMode;
     std::optional<FinishedRecording> m_recording;
     std::optional<SessionError> m_engineFailure;
+    std::optional<AudioInputError> m_interruption; ///< of the recording's input, wholly or in part
 
     TaskScope m_recordingSetupTask;
     TaskScope m_stateHandlingTask;

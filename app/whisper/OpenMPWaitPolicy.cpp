@@ -17,8 +17,12 @@ void reexecuteWithPassiveWaiting(char** argv)
     // Should the library abort, it shall not start a debugger.
     setenv("GGML_NO_BACKTRACE", "1", 0);
     const bool isSecondStart = std::getenv(kGuard) != nullptr;
-    unsetenv(kGuard); // the programs that this one starts decide for themselves
-    if (isSecondStart || std::getenv("OMP_WAIT_POLICY") != nullptr || std::getenv("GOMP_SPINCOUNT") != nullptr)
+    unsetenv(kGuard);
+    if (isSecondStart) { // the library has read it; the programs that this one starts decide for themselves
+        unsetenv("OMP_WAIT_POLICY");
+        return;
+    }
+    if (std::getenv("OMP_WAIT_POLICY") != nullptr || std::getenv("GOMP_SPINCOUNT") != nullptr)
         return;
     std::error_code error;
     // The link itself would name the process "exe".

@@ -121,7 +121,7 @@ Result<WhisperTranscript, TranscriptionError> WhisperCPP::transcribe(std::span<c
     if (!m_context)
         return failure(TranscriptionError{Kind::contextMissing, {}});
     if (samples.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
-        return failure(TranscriptionError{Kind::decodeFailed, "too many samples"});
+        return failure(TranscriptionError{Kind::failed, "The recording is too long for one decode."});
     if (samples.empty())
         return WhisperTranscript{}; // the library would decode the samples of the last run again
     m_isCancelled->store(0, std::memory_order_relaxed);
@@ -212,18 +212,18 @@ void WhisperCPP::passPrompt(whisper_full_params& parameters)
 Result<void, TranscriptionError> WhisperCPP::decode(const whisper_full_params& parameters,
                                                     std::span<const float> samples)
 {
-    std::string reason;
+    int code = 0;
     try {
-        const int code = whisper_full(m_context, parameters, samples.data(), static_cast<int>(samples.size()));
-        if (code != 0)
-            reason = std::to_string(code);
+        code = whisper_full(m_context, parameters, samples.data(), static_cast<int>(samples.size()));
     } catch (const std::exception& exception) {
-        reason = exception.what();
+        m_logger.error(std::string("Whisper threw: ") + exception.what());
+        return failure(TranscriptionError{Kind::failed, "The model cannot decode. Its file may be damaged: fetch it "
+                                                        "again, or choose another model."});
     }
     if (isAborted(m_isCancelled.get()))
         return failure(TranscriptionError{Kind::cancelled, {}});
-    if (!reason.empty())
-        return failure(TranscriptionError{Kind::decodeFailed, std::move(reason)});
+    if (code != 0)
+        return failure(TranscriptionError{Kind::decodeFailed, std::to_string(code)});
     return {};
 }
 

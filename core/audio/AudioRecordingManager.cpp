@@ -188,8 +188,10 @@ Task<Result<FinishedRecording, AudioRecordingFailure>> AudioRecordingManager::st
         co_return failed(Kind::noFile);
     const auto recording = endRecording();
     const auto finished = handOver(*recording);
-    if (!finished)
-        m_logger.error("Cannot finish recording: " + userMessage(finished.error()));
+    if (finished)
+        co_return finished;
+    settle();
+    m_logger.error("Cannot finish recording: " + userMessage(finished.error()));
     co_return finished;
 }
 
@@ -211,7 +213,8 @@ Result<FinishedRecording, AudioRecordingFailure> AudioRecordingManager::handOver
     m_logger.info(fmt::format("Recording stopped: {}, elapsedTime: {:.3f}, rawDuration: {:.3f}, finalDuration: {:.3f}",
                               recording.file.string(), toSeconds(m_clock.instant() - recording.startedAt), rawDuration,
                               finalDuration));
-    clearStored();
+    m_storage.storedIsRecording.set(false);
+    keyboardExtensionSessionState.set(KeyboardSessionState::inactive);
     m_recordedBytes = recorded.dataBytes;
     if (!recording.request.streaming)
         setStreamingFile(std::nullopt);
@@ -268,9 +271,14 @@ void AudioRecordingManager::setStreamingFile(std::optional<fs::path> file)
         m_reader = RecordingReader::open(*m_streamingFileURL);
 }
 
-void AudioRecordingManager::clearStored()
+void AudioRecordingManager::settle()
 {
     m_storage.crashRecoveryInfo.set(std::nullopt);
+}
+
+void AudioRecordingManager::clearStored()
+{
+    settle();
     m_storage.storedIsRecording.set(false);
     keyboardExtensionSessionState.set(KeyboardSessionState::inactive);
 }

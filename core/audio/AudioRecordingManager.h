@@ -72,8 +72,11 @@ public:
     /// in the file.
     Task<Result<void, AudioRecordingFailure>> start(RecordingRequest request);
     /// Ends the recording and hands its file over. While the sources are being opened, it waits for them. Without audio
-    /// there is no file any more.
+    /// there is no file any more. The recovery information stays until `settle`.
     Task<Result<FinishedRecording, AudioRecordingFailure>> stop();
+    /// The audio of the recording that was stopped is needed no more, or its owner knows where it is: from now on an
+    /// abnormal end of the program leaves nothing to recover.
+    void settle();
     /// Ends the recording, if there is one, and removes its file. A `start` that still waits yields `cancelled`.
     Task<void> cancel();
 

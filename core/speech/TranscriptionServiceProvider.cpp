@@ -53,11 +53,12 @@ Result<void, TranscriptionError> TranscriptionServiceProvider::check(const Voice
     auto file = m_modelFileManager.locate(modelId);
     if (!file && !m_catalogue.find(modelId))
         return failure(std::move(file.error()));
-    // The other runtimes' files do not matter as long as there is no runtime.
-    const bool filesPresent = file || !isWhisperModel(entry);
-    const auto checked = checkModel(entry, m_traits, filesPresent, m_modelFileManager.modelsFolder());
+    const auto checked = checkModel(entry, m_traits, true);
     if (!checked)
         return failure(unavailable(userMessage(checked.error())));
+    // The other runtimes' files do not matter as long as there is no runtime.
+    if (!file && isWhisperModel(entry))
+        return failure(std::move(file.error()));
     return {};
 }
 

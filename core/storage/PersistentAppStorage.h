@@ -47,7 +47,8 @@ public:
     Setting<std::string> whisperLanguage{*m_file, "whisperLanguage", "auto"};
     Setting<float> whisperTemperature{*m_file, "whisperTemperature", 0.0F};
     Setting<std::string> whisperPrompt{*m_file, "whisperPrompt"};
-    Setting<bool> whisperFixRepetitions{*m_file, "whisperFixRepetitions", true};
+    /// Off, because a decode without the context of past text ignores the prompt too.
+    Setting<bool> whisperFixRepetitions{*m_file, "whisperFixRepetitions", false};
 
 private:
     static int defaultWhisperThreads();

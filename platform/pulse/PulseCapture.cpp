@@ -63,7 +63,8 @@ void PulseCapture::close()
     m_watchdog.stop();
     m_replacementLimit.stop();
     m_answerLimit.stop();
-    m_survey.reset();
+    if (const auto inquiry = std::exchange(m_inquiry, nullptr))
+        inquiry->close();
     m_stream.reset();
     if (const auto connection = std::exchange(m_connection, nullptr))
         connection->remove(*this);
@@ -79,18 +80,21 @@ void PulseCapture::connected()
 
 void PulseCapture::look()
 {
-    if (m_survey) {
+    if (m_inquiry) {
         m_lookAgain = true;
         return;
     }
-    m_survey.emplace(*m_connection, [this](std::optional<PulseServerState> state) {
-        m_survey.reset();
-        if (!state)
-            return finish(m_connection->lastError());
-        surveyed(*state);
+    m_inquiry = std::make_shared<PulseInquiry>(m_server, [this](Result<PulseServerState, AudioInputError> state) {
+        m_inquiry.reset();
+        if (state)
+            surveyed(*state);
+        else if (m_accepted) // a capture that runs learns on its own connection when the server is gone
+            finish(state.error());
         if (std::exchange(m_lookAgain, false) && m_connection)
             look();
     });
+    const auto inquiry = m_inquiry; // it may be answered before it returns
+    inquiry->start();
 }
 
 void PulseCapture::surveyed(const PulseServerState& state)
@@ -268,7 +272,7 @@ void PulseCapture::watch()
     }
     const auto delay = std::chrono::ceil<std::chrono::milliseconds>(std::chrono::microseconds(due - now));
     m_connection->startTimer(m_watchdog, delay, [this] {
-        look(); // PipeWire 0.3.65 now and then forgets to tell of a new default
+        look(); // see PulseServer::freshConnection
         watch();
     });
 }

@@ -66,7 +66,7 @@ private:
 
     std::optional<Accepted> m_accepted; ///< until the server has accepted the capture
     std::shared_ptr<PulseConnection> m_connection;
-    std::optional<PulseSurvey> m_survey;
+    std::shared_ptr<PulseInquiry> m_inquiry;
     bool m_lookAgain = false;
 
     PulseHandle<pa_stream> m_stream;

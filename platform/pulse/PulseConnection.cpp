@@ -74,8 +74,12 @@ void PulseConnection::connect()
         [](pa_context*, void* connection) { static_cast<PulseConnection*>(connection)->stateChanged(); }, this);
     pa_context_set_subscribe_callback(
         m_context.get(),
-        [](pa_context*, pa_subscription_event_type_t, std::uint32_t, void* connection) {
-            static_cast<PulseConnection*>(connection)->tell([](Client& client) { client.devicesChanged(); });
+        [](pa_context*, pa_subscription_event_type_t event, std::uint32_t, void* connection) {
+            const auto facility = event & PA_SUBSCRIPTION_EVENT_FACILITY_MASK;
+            const auto type = event & PA_SUBSCRIPTION_EVENT_TYPE_MASK;
+            // A source changes whenever its volume does; that concerns nobody here.
+            if (facility == PA_SUBSCRIPTION_EVENT_SERVER || type != PA_SUBSCRIPTION_EVENT_CHANGE)
+                static_cast<PulseConnection*>(connection)->tell([](Client& client) { client.devicesChanged(); });
         },
         this);
     // Where sessions use socket activation, connecting starts the server anyway. Elsewhere the library would fork one
@@ -92,6 +96,7 @@ void PulseConnection::stateChanged()
     switch (pa_context_get_state(m_context.get())) {
     case PA_CONTEXT_READY: {
         m_ready = true;
+        m_readySince = pa_rtclock_now();
         m_limit.stop();
         const auto events =
             static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER | PA_SUBSCRIPTION_MASK_SOURCE);
@@ -134,6 +139,12 @@ void PulseConnection::tell(const std::function<void(Client&)>& message)
     }
 }
 
+bool PulseConnection::isFresh() const
+{
+    constexpr pa_usec_t kFreshFor = 50 * PA_USEC_PER_MSEC;
+    return !m_ready || pa_rtclock_now() - m_readySince < kFreshFor;
+}
+
 AudioInputError PulseConnection::lastError() const
 {
     const int error = pa_context_errno(m_context.get());
@@ -165,6 +176,14 @@ std::shared_ptr<PulseConnection> PulseServer::connection()
         m_connection = std::make_shared<PulseConnection>(m_loop, m_address, m_times, unused);
     }
     return m_connection;
+}
+
+std::shared_ptr<PulseConnection> PulseServer::freshConnection()
+{
+    auto shared = connection();
+    if (shared->isFresh())
+        return shared;
+    return std::make_shared<PulseConnection>(m_loop, m_address, m_times, [](const PulseConnection&) {});
 }
 
 } // namespace vocalith

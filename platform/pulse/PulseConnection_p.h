@@ -23,7 +23,7 @@ public:
         virtual void connected() = 0;
         /// The server could not be reached, or is gone. It does not come back on this connection.
         virtual void disconnected(const AudioInputError& error) = 0;
-        /// Sources came, went or changed, or another became the default.
+        /// Sources came or went, or another became the default.
         virtual void devicesChanged() {}
     };
 
@@ -45,6 +45,8 @@ public:
 
     bool hasFailed() const { return m_error.has_value(); }
     bool isReady() const { return m_ready; }
+    /// What the server says here about the defaults can be relied on.
+    bool isFresh() const;
     pa_context& context() const { return *m_context; }
     /// What the library's last call says went wrong.
     AudioInputError lastError() const;
@@ -65,6 +67,7 @@ private:
     PulseHandle<pa_operation> m_subscribing;
     PulseTimer m_limit; ///< of connecting, then of lingering
     bool m_ready = false;
+    pa_usec_t m_readySince = 0;
     std::optional<AudioInputError> m_error;
     std::vector<Client*> m_clients;
 };
@@ -83,6 +86,9 @@ public:
     const Logger& logger() const { return m_logger; }
     /// The running connection, or a new one. The loop's thread.
     std::shared_ptr<PulseConnection> connection();
+    /// A connection to ask for the defaults. PipeWire 0.3.65 now and then does not tell a connected client of a new
+    /// default, never, and goes on to answer with the old one; it tells the truth to whoever has just come.
+    std::shared_ptr<PulseConnection> freshConnection();
 
 private:
     const std::string m_address;

@@ -95,8 +95,8 @@ void PulseSurvey::finish(bool good)
 
 void PulseInquiry::start()
 {
-    m_connection = m_server.connection();
-    const auto connection = m_connection;
+    const auto connection = m_server.freshConnection();
+    m_connection = connection;
     connection->add(*this);
 }
 

@@ -44,6 +44,8 @@ ModelFileManager::ModelFileManager(fs::path modelsFolder, const VoiceModelCatalo
     for (const auto& entry : catalogue.entries()) {
         if (const auto fileName = modelFileName(entry); fileName && isWhisperModel(entry))
             m_catalogue.push_back({id(entry), *fileName});
+        if (const auto* name = std::get_if<std::string>(&id(entry)))
+            m_takenNames.insert(*name);
     }
 }
 
@@ -75,8 +77,9 @@ std::vector<TranscriptionModelID> ModelFileManager::presentModels() const
             models.push_back(model.modelId);
     }
     for (auto& name : userModels(m_modelsFolder)) {
-        if (isPlainName(name) && !isOfCatalogue(name + std::string(kExtension)))
-            models.emplace_back(std::move(name));
+        if (!isPlainName(name) || isOfCatalogue(name + std::string(kExtension)))
+            continue;
+        models.emplace_back(m_takenNames.contains(name) ? name + std::string(kExtension) : name);
     }
     return models;
 }

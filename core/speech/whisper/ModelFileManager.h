@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,9 @@ namespace vocalith {
 class VoiceModelCatalogue;
 
 /// Finds model files in the models folder: those of the catalogue by their file names, and any other file "*.bin" there
-/// as the user's own model, whose identifier is the file's name, with or without the extension. Owned by the
-/// composition, main thread; the calls look at the folder only and never open a file.
+/// as the user's own model, whose identifier is the file's name, with or without the extension; always with it where
+/// the bare name is an entry of the catalogue. Owned by the composition, main thread; the calls look at the folder only
+/// and never open a file.
 class ModelFileManager {
 public:
     ModelFileManager(std::filesystem::path modelsFolder, const VoiceModelCatalogue& catalogue);
@@ -42,6 +44,7 @@ private:
 
     std::filesystem::path m_modelsFolder;
     std::vector<CatalogueFile> m_catalogue;
+    std::set<std::string> m_takenNames; ///< the catalogue's identifiers that could be names of files
 };
 
 } // namespace vocalith

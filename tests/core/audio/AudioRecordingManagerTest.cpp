@@ -44,6 +44,8 @@ TEST_F(AudioRecordingManagerTest, RecordsFromTheFirstSampleToTheLast)
     EXPECT_EQ(recorded(*recording), samples);
     EXPECT_TRUE(m_log.has(", elapsedTime: 1.700, rawDuration: 1.500, finalDuration: 1.500"));
     EXPECT_TRUE(m_log.has("ACTIVE, "));
+    EXPECT_TRUE(m_storage.crashRecoveryInfo.get()) << "its words are not delivered yet";
+    m_manager.settle();
     fs::remove(path);
     expectNothingLeft();
 }
@@ -86,7 +88,7 @@ TEST_F(AudioRecordingManagerTest, AFailedStartLeavesNothing)
         {RecordingMode::both, AudioSource::systemAudio, InputKind::unsupported, Kind::systemAudioUnsupported,
          "System audio recording requires macOS 15.0 or newer"},
         {RecordingMode::both, AudioSource::microphone, InputKind::noDevice, Kind::input,
-         userMessage(AudioInputError{InputKind::noDevice, ""})},
+         userMessage(AudioInputError{InputKind::noDevice, "detail"})},
         {RecordingMode::microphone, AudioSource::microphone, InputKind::noServer, Kind::input,
          userMessage(AudioInputError{InputKind::noServer, ""})},
     };

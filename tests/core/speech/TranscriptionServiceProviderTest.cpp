@@ -67,9 +67,9 @@ TEST_F(TranscriptionServiceProviderTest, LeadsEachModelToItsEngine)
 TEST_F(TranscriptionServiceProviderTest, RefusesWhatCannotBeUsedAndNamesIt)
 {
     EXPECT_EQ(refusal(std::string("absent")), (TranscriptionError{Kind::modelNotFound, "absent"}));
+    EXPECT_EQ(refusal(PredefinedModelID::small), (TranscriptionError{Kind::modelNotFound, "small"}));
     const PlatformTraits intel{true, true, false};
     const std::vector<std::pair<TranscriptionModelID, std::string>> cases = {
-        {PredefinedModelID::small, "\"Whisper Small\" is not on this computer"},
         {PredefinedModelID::parakeetTDT06V2, "not compatible with Intel Macs"},
         {PredefinedModelID::parakeetTDT06, "\"NVIDIA Parakeet TDT 0.6B V3\" cannot be used"},
         {PredefinedModelID::parakeetEou, "\"NVIDIA Parakeet EOU 120M\" cannot be used"},
