@@ -1,5 +1,7 @@
 #include "base/Text.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <array>
 
@@ -49,6 +51,17 @@ std::size_t spaceAtEnd(std::string_view text)
     return found == kSpaces.end() ? 0 : found->size();
 }
 
+bool isLineBreak(char16_t unit)
+{
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\x85' || unit == u'\x2028' || unit == u'\x2029';
+}
+
+/// Neither shown by any reader nor, for the most part, allowed in XML.
+bool isControl(char16_t unit)
+{
+    return (unit < u' ' && unit != u'\t') || (unit >= u'\x7F' && unit <= u'\x9F') || unit >= u'\xFFFE';
+}
+
 } // namespace
 
 std::string_view trimmedView(std::string_view utf8)
@@ -58,6 +71,32 @@ std::string_view trimmedView(std::string_view utf8)
     while (const auto size = spaceAtEnd(utf8))
         utf8.remove_suffix(size);
     return utf8;
+}
+
+std::string cleanText(std::string_view text, char lineBreak)
+{
+    const auto source = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    QString clean;
+    clean.reserve(source.size());
+    bool lineIsEmpty = true;
+    QString spaces; // held back: they count only between two visible characters of a line
+    for (const QChar unit : source) {
+        if (isLineBreak(unit.unicode())) {
+            lineIsEmpty = true;
+            spaces.clear();
+        } else if (unit == u' ' || unit == u'\t') {
+            spaces += unit;
+        } else if (!isControl(unit.unicode())) {
+            if (!lineIsEmpty)
+                clean += spaces;
+            else if (!clean.isEmpty())
+                clean += QLatin1Char(lineBreak);
+            clean += unit;
+            lineIsEmpty = false;
+            spaces.clear();
+        }
+    }
+    return clean.toStdString();
 }
 
 } // namespace vocalith

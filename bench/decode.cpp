@@ -113,7 +113,8 @@ private:
 Task<void> store(Task<Result<TranscriptionData, TranscriptionError>> task,
                  std::optional<Result<TranscriptionData, TranscriptionError>>& outcome)
 {
-    outcome = co_await task;
+    auto result = co_await task;
+    outcome = std::move(result);
 }
 
 bool dictate(WhisperTranscriptionService& service, const std::filesystem::path& recording)

@@ -23,7 +23,8 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr double kLimit = 1.5;
-constexpr int kRounds = 31;
+constexpr int kRounds = 40;
+constexpr std::chrono::milliseconds kPeriod{20}; // in which the microphone gives its samples, as sound cards do
 
 class FirstSample final : public AudioInputListener {
 public:
@@ -100,17 +101,25 @@ bool measure(AudioServer::Kind kind, const char* name)
 {
     AudioServer server(kind);
     const auto microphone = server.addMicrophone("mic");
+    const auto origin = Clock::now();
     const std::jthread speaker([&](const std::stop_token& stop) {
-        const std::vector<std::int16_t> piece(kAudioSampleRate / 500);
-        for (auto due = Clock::now(); !stop.stop_requested(); std::this_thread::sleep_until(due)) {
+        const std::vector<std::int16_t> piece(kAudioSampleRate * kPeriod / std::chrono::seconds(1));
+        for (auto due = origin; !stop.stop_requested(); due += kPeriod) {
+            std::this_thread::sleep_until(due);
             microphone.offer(piece);
-            due += std::chrono::milliseconds(2);
         }
     });
+    // Each round starts at its own point of the period, the same for both.
+    const auto align = [&](int round) {
+        const auto periods = (Clock::now() - origin) / kPeriod + 2;
+        std::this_thread::sleep_until(origin + periods * kPeriod + round * Clock::duration(kPeriod) / kRounds);
+    };
     std::vector<Milliseconds> mine;
     std::vector<Milliseconds> least;
     for (int round = 0; round < kRounds; ++round) {
+        align(round);
         least.push_back(bare(server.address()));
+        align(round);
         mine.push_back(ours(server.address()));
     }
     const double ratio = median(mine) / median(least);

@@ -3,8 +3,6 @@
 #include "base/Json.h"
 #include "models/TranscriptExport_p.h"
 
-#include <QString>
-
 #include <array>
 
 namespace vocalith {
@@ -88,17 +86,6 @@ struct Exporter {
     std::string operator()(PlainTextFormat) const { return detail::plainTextExport(transcript); }
 };
 
-bool isLineBreak(char16_t unit)
-{
-    return (unit >= u'\n' && unit <= u'\r') || unit == u'\x85' || unit == u'\x2028' || unit == u'\x2029';
-}
-
-/// Neither shown by any reader nor, for the most part, allowed in XML.
-bool isControl(char16_t unit)
-{
-    return (unit < u' ' && unit != u'\t') || (unit >= u'\x7F' && unit <= u'\x9F') || unit >= u'\xFFFE';
-}
-
 } // namespace
 
 std::string exportTranscript(const TranscriptionData& transcript, const ExportFormat& format, Date created)
@@ -131,32 +118,6 @@ std::optional<ExportFormat> exportFormat(std::string_view name)
 }
 
 namespace detail {
-
-std::string cleanText(std::string_view text, char lineBreak)
-{
-    const auto source = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-    QString clean;
-    clean.reserve(source.size());
-    bool lineIsEmpty = true;
-    QString spaces; // held back: they count only between two visible characters of a line
-    for (const QChar unit : source) {
-        if (isLineBreak(unit.unicode())) {
-            lineIsEmpty = true;
-            spaces.clear();
-        } else if (unit == u' ' || unit == u'\t') {
-            spaces += unit;
-        } else if (!isControl(unit.unicode())) {
-            if (!lineIsEmpty)
-                clean += spaces;
-            else if (!clean.isEmpty())
-                clean += QLatin1Char(lineBreak);
-            clean += unit;
-            lineIsEmpty = false;
-            spaces.clear();
-        }
-    }
-    return clean.toStdString();
-}
 
 std::string speakerName(const TranscriptionData::Segment& segment)
 {

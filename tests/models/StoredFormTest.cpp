@@ -86,7 +86,11 @@ void collectMembers(const Json& json, const Json::json_pointer& pointer, const s
             collectMembers(json[i], pointer / i, path + "[" + std::to_string(i) + "]", members);
     } else if (json.is_object()) {
         for (const auto& [key, value] : json.items()) {
-            const Member member{pointer / key, path.empty() ? key : path + "." + key, path, key};
+            std::string memberPath = path;
+            if (!path.empty())
+                memberPath += '.';
+            memberPath += key;
+            const Member member{pointer / key, memberPath, path, key};
             members.push_back(member);
             collectMembers(value, member.pointer, member.path, members);
         }

@@ -36,7 +36,7 @@ protected:
 
     static std::filesystem::path model(const std::string& name, const ScriptedWhisperModel& model)
     {
-        const auto file = *s_folder / (name + ".bin");
+        auto file = *s_folder / (name + ".bin");
         if (!std::filesystem::exists(file))
             model.write(file);
         return file;

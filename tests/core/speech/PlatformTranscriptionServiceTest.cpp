@@ -29,6 +29,7 @@ TEST(SpanSegments, EndAtPausesAndAtTwelveSeconds)
     EXPECT_EQ(pauses[1].start, 102.5);
 
     std::vector<RecognizedSpan> withoutPause;
+    withoutPause.reserve(30);
     for (int i = 0; i < 30; ++i)
         withoutPause.push_back({"word", static_cast<double>(i), i + 1.0});
     for (const auto& segment : segmentsOf(withoutPause, 0))
