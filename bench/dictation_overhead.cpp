@@ -8,6 +8,7 @@
 #include "core/session/ConfigurationManager.h"
 #include "core/session/ShortcutUserFeedbackService.h"
 #include "core/speech/LocalAudioTranscriptionService.h"
+#include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "ports/Analytics.h"
@@ -100,7 +101,7 @@ struct Bystander final : Analytics, Notices, SoundPlayer, SystemVolume, OverlayD
 };
 
 struct Stage {
-    explicit Stage(const fs::path& home) : files(home, {})
+    explicit Stage(const fs::path& home) : files(home, VoiceModelCatalogue())
     {
         storage.whisperThreads.set(2);
         if (!configuration.load())

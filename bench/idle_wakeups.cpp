@@ -5,6 +5,7 @@
 #include "bench/RecordingBench.h"
 #include "core/speech/LocalAudioTranscriptionService.h"
 #include "core/speech/PlatformRecognitionEngine.h"
+#include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "platform/pocketsphinx/PocketSphinxRecognizer.h"
@@ -41,7 +42,7 @@ long wakeUps()
 
 /// What the program keeps between two dictations.
 struct Resident {
-    explicit Resident(const fs::path& home) : files(home, {}) {}
+    explicit Resident(const fs::path& home) : files(home, VoiceModelCatalogue()) {}
 
     Task<void> useAll(fs::path recording, bool& done)
     {
