@@ -6,6 +6,7 @@
 #include <atomic>
 #include <string_view>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -104,8 +105,11 @@ TerminalKeys::TerminalKeys() : d(std::make_unique<Private>())
     QObject::connect(d->notifier.get(), &QSocketNotifier::activated, d->notifier.get(), [this] {
         std::array<char, 256> bytes{};
         const auto count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        if (count < 0)
+        if (count < 0) {
+            // A terminal that is gone stays readable for ever; its end comes as a signal.
+            d->notifier->setEnabled(errno == EINTR || errno == EAGAIN);
             return;
+        }
         const std::string_view keys(bytes.data(), static_cast<std::size_t>(count));
         if (keys.empty())
             d->notifier->setEnabled(false);

@@ -207,12 +207,14 @@ Task<void> OverlayManager::completeDictation()
 
 void OverlayManager::endTooShort()
 {
-    const double elapsed = m_recording ? m_recording->elapsedTime : 0;
+    if (m_interruption) { // its sentence promises that what there is was kept
+        const auto kept = m_recording ? std::optional(fileOf(*m_recording)) : std::nullopt;
+        end(dictation_outcome::Failed{userMessage(*m_interruption), {}, kept, {}, false});
+        return;
+    }
+    const double elapsed = m_recording->elapsedTime;
     removeRecording();
-    if (m_interruption)
-        end(dictation_outcome::Failed{userMessage(*m_interruption), {}, std::nullopt, {}, false});
-    else
-        end(dictation_outcome::TooShort{elapsed});
+    end(dictation_outcome::TooShort{elapsed});
 }
 
 CompletionRequest OverlayManager::completionRequest() const

@@ -222,6 +222,7 @@ TEST_F(Dictation, AMicrophoneThatGoesAwayAtOnceIsAFailureAndNoShortTap)
     ASSERT_TRUE(failed);
     EXPECT_NE(failed->message.find("disconnected"), std::string::npos);
     EXPECT_TRUE(stage.notices.shown.empty()) << "one sentence is enough";
+    EXPECT_TRUE(failed->recording && std::filesystem::exists(*failed->recording)) << "the sentence says so";
 }
 
 TEST_F(Dictation, TheRecordingCanBeRecoveredUntilItsTextIsDelivered)
