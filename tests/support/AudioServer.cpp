@@ -44,6 +44,12 @@ constexpr const char* kBusConfiguration =
 </busconfig>
 )";
 
+/// WirePlumber's configuration: the machine's own devices stay out of it. Where no logind runs, its part for Bluetooth
+/// would end it.
+constexpr const char* kNoBluetooth = "bluez_monitor.enabled = false\n";
+constexpr const char* kNoHardware =
+    "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n";
+
 } // namespace
 
 ChildProcess::ChildProcess(std::vector<std::string> command, std::vector<std::string> environment,
@@ -170,27 +176,41 @@ void AudioServer::startPulseAudio()
     m_server = ChildProcess({"pulseaudio", "-n", "-F", (m_folder / "server.pa").string(), "--daemonize=no",
                              "--exit-idle-time=-1", "--use-pid-file=no"},
                             environment, m_folder / "server.log");
-    runUntil([this] { return run({"pactl", "info"}, m_folder / "ready") == 0; });
+    waitUntil([this] { return run({"pactl", "info"}, m_folder / "ready") == 0; });
 }
 
 void AudioServer::startPipeWire()
 {
     const auto bus = m_folder / "bus";
     writeFile(m_folder / "bus.conf", fmt::format(fmt::runtime(kBusConfiguration), bus.string()));
+    const auto configuration = m_folder / "home" / ".config" / "wireplumber";
+    writeFile(configuration / "bluetooth.lua.d" / "60-test.lua", kNoBluetooth);
+    writeFile(configuration / "main.lua.d" / "60-test.lua", kNoHardware);
     const auto start = [this](std::vector<std::string> command) {
         const auto log = m_folder / (command[0] + ".log");
         return ChildProcess(std::move(command), m_environment, log);
     };
     m_background.push_back(start({"dbus-daemon", "--nofork", "--config-file=" + (m_folder / "bus.conf").string()}));
     m_background.push_back(start({"pipewire"}));
-    runUntil([&] { return fs::exists(bus) && fs::exists(m_folder / "run" / "pipewire-0"); });
+    waitUntil([&] { return fs::exists(bus) && fs::exists(m_folder / "run" / "pipewire-0"); });
     m_background.push_back(start({"wireplumber"}));
     m_server = start({"pipewire-pulse"});
     // The sink that stands in for missing ones appears when all parts work together.
-    runUntil([this] {
+    waitUntil([this] {
         return run({"pactl", "get-default-sink"}, m_folder / "ready") == 0 &&
                readFile(m_folder / "ready").starts_with("auto_null");
     });
+}
+
+void AudioServer::waitUntil(const std::function<bool()>& condition) const
+{
+    if (m_isBroken || runUntil(condition))
+        return;
+    m_isBroken = true; // one long wait is enough
+    for (const auto& file : fs::directory_iterator(m_folder.path())) {
+        if (file.path().string().ends_with(".log.err"))
+            ADD_FAILURE() << file.path().filename() << ": " << readFile(file.path());
+    }
 }
 
 int AudioServer::run(std::vector<std::string> command, const fs::path& output) const
@@ -211,7 +231,7 @@ std::string AudioServer::pactl(std::vector<std::string> arguments) const
 
 void AudioServer::waitForDefault(const std::string& what, const std::string& name) const
 {
-    runUntil([&] { return pactl({"get-default-" + what}) == name; });
+    waitUntil([&] { return pactl({"get-default-" + what}) == name; });
 }
 
 PipeMicrophone AudioServer::addMicrophone(const std::string& name)
@@ -221,7 +241,7 @@ PipeMicrophone AudioServer::addMicrophone(const std::string& name)
         pactl({"load-module", "module-pipe-source", "source_name=" + name, "file=" + pipe.string(), "format=s16le",
                "rate=16000", "channels=1", "source_properties=device.description=" + name + "-description"});
     m_modules.emplace_back(name, module);
-    runUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + "\t") != std::string::npos; });
+    waitUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + "\t") != std::string::npos; });
     if (!std::exchange(m_hasMicrophone, true))
         setDefaultSource(name);
     return PipeMicrophone(pipe);
@@ -232,7 +252,7 @@ void AudioServer::addSink(const std::string& name)
     const auto module = pactl({"load-module", "module-null-sink", "sink_name=" + name, "rate=16000", "channels=1",
                                "sink_properties=device.description=" + name + "-description"});
     m_modules.emplace_back(name, module);
-    runUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + ".monitor\t") != std::string::npos; });
+    waitUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + ".monitor\t") != std::string::npos; });
 }
 
 void AudioServer::remove(const std::string& name)

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -86,6 +87,8 @@ private:
     void startPulseAudio();
     void startPipeWire();
     void waitForDefault(const std::string& what, const std::string& name) const;
+    /// Once a wait was in vain none waits any more: the server is not what the test needs.
+    void waitUntil(const std::function<bool()>& condition) const;
     std::size_t lines(std::vector<std::string> arguments) const;
     int run(std::vector<std::string> command, const std::filesystem::path& output) const;
 
@@ -96,6 +99,7 @@ private:
     std::vector<ChildProcess> m_background; ///< bus, daemon and session manager of PipeWire
     ChildProcess m_server;
     bool m_hasMicrophone = false;
+    mutable bool m_isBroken = false;
     std::vector<std::pair<std::string, std::string>> m_modules; ///< device and the module that made it
     std::vector<ChildProcess> m_players;
 };
