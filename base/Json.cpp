@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 
 namespace vocalith {
 namespace {
@@ -38,6 +40,13 @@ bool isTooDeep(std::string_view text)
     return false;
 }
 
+/// The library begins its messages with "[json.exception.parse_error.101] ", which tells nobody anything.
+std::string withoutCode(std::string_view message)
+{
+    const auto end = message.starts_with('[') ? message.find("] ") : std::string_view::npos;
+    return std::string(end == std::string_view::npos ? message : message.substr(end + 2));
+}
+
 std::string joined(std::string_view key, std::string_view path)
 {
     std::string whole(key);
@@ -61,7 +70,7 @@ Result<Json, JsonError> parseJson(std::string_view text)
     try {
         return Json::parse(text);
     } catch (const nlohmann::json::exception& e) {
-        return failure(JsonError{"", e.what()});
+        return failure(JsonError{"", withoutCode(e.what())});
     }
 }
 
@@ -129,6 +138,11 @@ Json write(double value)
     return std::isfinite(value) ? value : 0.0;
 }
 
+Json write(float value)
+{
+    return std::isfinite(value) ? std::strtod(fmt::format("{}", value).c_str(), nullptr) : 0.0;
+}
+
 Json write(const Uuid& id)
 {
     return id.toString();
@@ -173,6 +187,17 @@ Result<void, JsonError> read(const Json& json, double& value)
         return expected("a number");
     value = json.get<double>();
     return {};
+}
+
+Result<void, JsonError> read(const Json& json, float& value)
+{
+    double wide = 0;
+    return read(json, wide).and_then([&]() -> Result<void, JsonError> {
+        if (std::abs(wide) > std::numeric_limits<float>::max())
+            return expected("a smaller number");
+        value = static_cast<float>(wide);
+        return {};
+    });
 }
 
 Result<void, JsonError> read(const Json& json, std::int64_t& value)

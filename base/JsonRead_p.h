@@ -14,6 +14,7 @@ namespace vocalith::detail {
 Result<void, JsonError> read(const Json& json, std::string& text);
 Result<void, JsonError> read(const Json& json, bool& value);
 Result<void, JsonError> read(const Json& json, double& value);
+Result<void, JsonError> read(const Json& json, float& value);
 Result<void, JsonError> read(const Json& json, std::int64_t& value);
 Result<void, JsonError> read(const Json& json, std::uint64_t& value);
 Result<void, JsonError> read(const Json& json, Uuid& id);

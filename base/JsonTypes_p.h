@@ -54,7 +54,8 @@ template <class T>
 inline constexpr bool kIsMap<std::map<std::string, T>> = true;
 
 template <class T>
-concept JsonLeaf = std::same_as<T, std::string> || std::same_as<T, bool> || std::same_as<T, double> ||
+concept JsonLeaf =
+    std::same_as<T, std::string> || std::same_as<T, bool> || std::same_as<T, double> || std::same_as<T, float> ||
     std::same_as<T, Uuid> || std::same_as<T, Date> || std::same_as<T, Data> || std::same_as<T, std::filesystem::path>;
 
 inline constexpr std::string_view kUnlabelled = "_0";

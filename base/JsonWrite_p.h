@@ -17,6 +17,8 @@ Json toJson(const T& value);
 namespace detail {
 
 Json write(double value);
+/// With the digits that people expect: 0.2, not 0.20000000298023224.
+Json write(float value);
 Json write(const Uuid& id);
 Json write(Date date);
 Json write(const Data& bytes);

@@ -1,5 +1,6 @@
 #include "base/Text.h"
 
+#include <QList>
 #include <QString>
 
 #include <algorithm>
@@ -62,6 +63,35 @@ bool isControl(char16_t unit)
     return (unit < u' ' && unit != u'\t') || (unit >= u'\x7F' && unit <= u'\x9F') || unit >= u'\xFFFE';
 }
 
+/// Whether people take the letter for the same without this mark: European accents, Hebrew points, Arabic vowel signs.
+/// The classes are those of UAX #44; 7, 8 and 9 (nukta, kana voicing, virama) make another letter or syllable.
+bool isOptionalMark(char32_t character)
+{
+    const auto combining = QChar::combiningClass(character);
+    return combining == 1 || (combining >= 10 && combining <= 36) || combining >= 200;
+}
+
+QString withoutOptionalMarks(const QString& text)
+{
+    QString kept;
+    kept.reserve(text.size());
+    for (const char32_t character : text.toUcs4()) {
+        if (!isOptionalMark(character))
+            kept += QStringView(QChar::fromUcs4(character));
+    }
+    return kept;
+}
+
+std::string asciiLowerCase(std::string_view text)
+{
+    std::string lower(text);
+    for (char& c : lower) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return lower;
+}
+
 } // namespace
 
 std::string_view trimmedView(std::string_view utf8)
@@ -97,6 +127,18 @@ std::string cleanText(std::string_view text, char lineBreak)
         }
     }
     return clean.toStdString();
+}
+
+std::string searchForm(std::string_view utf8)
+{
+    std::string text(utf8);
+    std::erase(text, '\0');
+    if (std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return asciiLowerCase(text);
+    // By way of the capitals, where one letter may become two, as the German sharp s does.
+    const auto folded = [](const QString& any) { return any.toUpper().toCaseFolded(); };
+    const auto apart = folded(QString::fromStdString(text)).normalized(QString::NormalizationForm_KD);
+    return folded(withoutOptionalMarks(apart).normalized(QString::NormalizationForm_KC)).toStdString();
 }
 
 } // namespace vocalith

@@ -3,7 +3,7 @@
 #include "base/Clock.h"
 #include "base/TaskScope.h"
 #include "core/audio/AudioRecordingManager.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 #include <filesystem>
 #include <list>

@@ -7,7 +7,7 @@
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
 #include "core/speech/whisper/WhisperTranscriptionService.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "tests/support/ScriptedWhisperModel.h"
 #include "tests/support/TemporaryFolder.h"

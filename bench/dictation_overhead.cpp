@@ -10,6 +10,7 @@
 #include "core/speech/LocalAudioTranscriptionService.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
+#include "core/storage/history/HistoryService.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "ports/Analytics.h"
 #include "ports/Notices.h"
@@ -146,11 +147,16 @@ struct Stage {
     ModelFileManager files;
     const LogService log = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
     PersistentAppStorage storage{files.modelsFolder() / "settings.json", clock, Logger()};
+    HistoryService history{{files.modelsFolder() / "History", files.modelsFolder() / "recordings",
+                            files.modelsFolder() / "history.sqlite"},
+                           storage,
+                           clock,
+                           Logger()};
     AudioRecordingManager recorder{input, storage, clock, files.modelsFolder() / "recordings", Logger()};
     FFmpegPCMConverter converter;
     TimedWhisperType type;
     WhisperTranscriptionService whisper{storage, files, converter, type, clock, Logger()};
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, bystander, log)};
+    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, bystander, log)};
     TranscriptionSessionManager session{
         [this](const TranscriptionModelID& model,
                TranscriptionSource source) -> Result<std::unique_ptr<TranscriptionService>, TranscriptionError> {
@@ -167,8 +173,9 @@ struct Stage {
                                        Logger()};
     ShortcutUserFeedbackService feedback{bystander, bystander, storage, Logger()};
     ShortcutNotifier notifier;
-    OverlayManager overlay{{notifier, recorder, session, configuration, feedback, bystander, bystander, bystander},
-                           Logger()};
+    OverlayManager overlay{
+        {notifier, recorder, session, configuration, feedback, history, clock, bystander, bystander, bystander},
+        Logger()};
 };
 
 } // namespace

@@ -56,6 +56,17 @@ struct HistoryEntry {
     bool operator==(const HistoryEntry&) const = default;
 };
 
+/// The text that the user got or would get: after the AI rewrite where one ran. Empty for an entry that has none (yet).
+std::string finalText(const HistoryEntry& entry);
+/// What was recognised, or nullptr.
+const TranscriptionData* transcript(const HistoryEntry& entry);
+/// The recording, or the file that was transcribed.
+const AudioFile& audioFile(const HistoryEntry& entry);
+/// The prompt that the entry was made with: as it was when it ran, where it did. nullptr without one.
+const AIPrompt* usedPrompt(const HistoryEntry& entry);
+/// Why there is no text, as it was shown to the user; nullptr for an entry that did not fail.
+const std::string* errorMessage(const HistoryEntry& entry);
+
 constexpr auto jsonFields(JsonType<AITransform>)
 {
     return fields(field("prompt", &AITransform::prompt), field("finalText", &AITransform::finalText));

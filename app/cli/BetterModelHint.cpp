@@ -2,7 +2,7 @@
 
 #include "app/cli/Terminal.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 #include <algorithm>
 

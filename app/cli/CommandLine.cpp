@@ -1,7 +1,10 @@
 #include "app/cli/CommandLine.h"
 
 #include "app/cli/ExitCode.h"
-#include "core/speech/whisper/WhisperLanguage.h"
+#include "app/cli/completion/CompletionCommandLine.h"
+#include "app/cli/history/HistoryCommandLine.h"
+#include "app/cli/settings/SettingsCommandLine.h"
+#include "models/WhisperLanguage.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,6 +20,8 @@ Examples:
   vocalith dictate --audio memo.m4a       the same, with speech from a file
   vocalith transcribe talk.mp4 -o talk.srt
   vocalith models list
+  vocalith history search invoice         what was dictated before
+  vocalith settings list
   vocalith doctor                         what works here, and what is missing
 
 Text goes to standard output, everything else to standard error.
@@ -118,6 +123,9 @@ Result<Command, int> parseCommandLine(int argc, const char* const* argv)
     list->add_flag("--json", parsed.models.json, "Print the list as JSON");
     auto* doctor = app.add_subcommand("doctor", "Examine this machine and say what is missing");
     doctor->add_flag("--json", parsed.doctor.json, "Print the findings as JSON");
+    const HistoryCommandLine history(app);
+    const SettingsCommandLine settings(app);
+    const CompletionCommandLine completion(app);
 
     try {
         app.parse(argc, argv);
@@ -126,7 +134,8 @@ Result<Command, int> parseCommandLine(int argc, const char* const* argv)
         app.exit(error, std::cout, std::cerr);
         return failure(static_cast<int>(isHelp ? exitSuccess : exitUsage));
     }
-    if (!isKnownLanguage(parsed.dictate.recognition) || !isKnownLanguage(parsed.transcribe.recognition))
+    if (!isKnownLanguage(parsed.dictate.recognition) || !isKnownLanguage(parsed.transcribe.recognition) ||
+        !isKnownLanguage(history.recognition()))
         return failure(static_cast<int>(exitUsage));
     if (dictate->parsed())
         return Command(std::move(parsed.dictate));
@@ -136,6 +145,16 @@ Result<Command, int> parseCommandLine(int argc, const char* const* argv)
         return Command(parsed.models);
     if (doctor->parsed())
         return Command(parsed.doctor);
+    if (history.isParsed()) {
+        auto options = history.options();
+        return options ? Result<Command, int>(*std::move(options)) : failure(complain(options.error()));
+    }
+    if (auto options = settings.options())
+        return Command(std::move(*options));
+    if (auto options = completion.options())
+        return Command(std::move(*options));
+    if (settings.parsed())
+        return failure(complain("Say what to do with the settings: vocalith settings --help lists what can be done."));
     return failure(complain(models->parsed() ? "Say what to do with the models: vocalith models list"
                                              : "Say what to do: vocalith --help lists the commands."));
 }

@@ -2,10 +2,13 @@
 
 #include "app/cli/BetterModelHint.h"
 #include "app/cli/ExitCode.h"
+#include "app/cli/HistoryCommandHint.h"
+#include "app/cli/InterruptedDictationNotice.h"
 #include "core/session/ConfigurationManager.h"
+#include "core/session/InterruptedDictationRecovery.h"
 #include "core/session/KeyboardActivationState.h"
-#include "core/storage/PersistentAppStorage.h"
 #include "core/storage/ProcessLock.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 #include <fmt/format.h>
 
@@ -27,7 +30,9 @@ Task<int> DictateCommand::run()
     if (!lock && lock.error().isHeld)
         co_return complain("A dictation is already running (process " + lock.error().detail +
                            "). End or cancel it first.");
-    co_await recoverInterrupted();
+    const auto interrupted = co_await m_services.recovery.recover();
+    if (interrupted)
+        noticeInterruptedDictation(*interrupted, m_services.terminal);
     const auto loaded = m_services.configurationManager.load();
     if (!loaded)
         co_return complain(loaded.error());
@@ -79,34 +84,6 @@ std::vector<Subscription> DictateCommand::followRecording()
     return watched;
 }
 
-Task<void> DictateCommand::recoverInterrupted()
-{
-    const auto interrupted = m_services.appStorage.crashRecoveryInfo.get();
-    if (!interrupted)
-        co_return;
-    const auto recovered = co_await m_services.audioRecordingManager.recover(*interrupted);
-    if (!recovered) {
-        reportUnrecovered(*interrupted, recovered.error());
-        co_return;
-    }
-    const std::string file = filePath(recovered->audioFile.fileBookmark).value_or("").string();
-    m_services.terminal.line(fmt::format("{}A dictation was cut off earlier; its recording ({:.1f} s) was kept.\n"
-                                         "Write it down with: vocalith transcribe \"{}\"",
-                                         m_services.terminal.coloured(Colour::yellow, "Notice: "),
-                                         recovered->audioFile.duration, file));
-}
-
-/// What could not be saved now must be named now: the next recording takes its place in the settings.
-void DictateCommand::reportUnrecovered(const AudioCrashRecoveryInfo& interrupted, RecordingRecoveryFailure reason)
-{
-    const bool isStillThere =
-        reason == RecordingRecoveryFailure::diskFull || reason == RecordingRecoveryFailure::failed;
-    if (isStillThere)
-        m_services.terminal.line(fmt::format("{}{}\nWrite it down with: vocalith transcribe \"{}\"",
-                                             m_services.terminal.coloured(Colour::yellow, "Notice: "),
-                                             userMessage(reason), interrupted.recordingFilePath));
-}
-
 int DictateCommand::report(const DictationOutcome& outcome)
 {
     auto& terminal = m_services.terminal;
@@ -135,7 +112,12 @@ int DictateCommand::reportFailure(const dictation_outcome::Failed& failed)
         terminal.line(failed.detail);
     if (!failed.text.empty())
         terminal.line("The text was: " + failed.text);
-    if (failed.recording)
+    if (failed.historyEntry && failed.text.empty())
+        terminal.line("The recording is in the history. Try again with: " +
+                      historyCommand("retry", *failed.historyEntry));
+    else if (failed.historyEntry)
+        terminal.line("It is in the history too. See it with: " + historyCommand("show", *failed.historyEntry));
+    else if (failed.recording)
         terminal.line(fmt::format("The recording was kept. Try again with: vocalith transcribe \"{}\"",
                                   failed.recording->string()));
     return failed.noSpeech ? exitNoSpeech : exitFailure;

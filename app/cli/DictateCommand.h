@@ -11,6 +11,7 @@
 namespace vocalith {
 
 class ConfigurationManager;
+class InterruptedDictationRecovery;
 class PersistentAppStorage;
 struct ShortcutNotifier;
 
@@ -21,6 +22,7 @@ public:
         ShortcutNotifier& shortcutNotifier;
         ConfigurationManager& configurationManager;
         AudioRecordingManager& audioRecordingManager;
+        InterruptedDictationRecovery& recovery;
         PersistentAppStorage& appStorage;
         TerminalOverlay& overlay;
         Terminal& terminal;
@@ -38,8 +40,6 @@ private:
     int complain(const std::string& text);
     int report(const DictationOutcome& outcome);
     int reportFailure(const dictation_outcome::Failed& failed);
-    void reportUnrecovered(const AudioCrashRecoveryInfo& interrupted, RecordingRecoveryFailure reason);
-    Task<void> recoverInterrupted();
     std::vector<Subscription> followRecording();
 
     const DictateOptions m_options;

@@ -3,7 +3,7 @@
 #include "core/speech/catalogue/DefaultModelChoice.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/SpeechRecognizer.h"
 
 #include <fmt/format.h>

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "app/cli/RecognitionOptions.h"
+#include "app/cli/completion/CompletionOptions.h"
+#include "app/cli/history/HistoryOptions.h"
+#include "app/cli/settings/SettingsOptions.h"
 #include "models/RecordingMode.h"
 #include "models/TranscriptExport.h"
 #include "models/TranscriptionModelID.h"
@@ -11,12 +15,6 @@
 #include <vector>
 
 namespace vocalith {
-
-/// What the user chose for one recognition; what is absent comes from the settings.
-struct RecognitionOptions {
-    std::optional<std::string> model;
-    std::optional<std::string> language;
-};
 
 struct DictateOptions {
     RecognitionOptions recognition;
@@ -44,6 +42,7 @@ struct DoctorOptions {
     bool json = false;
 };
 
-using Command = std::variant<DictateOptions, TranscribeOptions, ModelsOptions, DoctorOptions>;
+using Command = std::variant<DictateOptions, TranscribeOptions, ModelsOptions, DoctorOptions, HistoryOptions,
+                             SettingsOptions, CompletionOptions>;
 
 } // namespace vocalith

@@ -34,6 +34,9 @@ RecognitionOptions recognitionOptions(const Command& command)
         return dictate->recognition;
     if (const auto* transcribe = std::get_if<TranscribeOptions>(&command))
         return transcribe->recognition;
+    const auto* history = std::get_if<HistoryOptions>(&command);
+    if (const auto* retry = history ? std::get_if<HistoryRetryOptions>(history) : nullptr)
+        return retry->recognition;
     return {};
 }
 

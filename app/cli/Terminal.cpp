@@ -96,12 +96,17 @@ std::string Terminal::coloured(Colour colour, std::string_view text) const
 {
     if (!m_usesColour || colour == Colour::plain)
         return std::string(text);
-    return std::string(escapeCode(colour)) + std::string(text) + "\x1b[0m";
+    return inColour(colour, text);
 }
 
 void Terminal::write(std::string_view text) const
 {
     writeAll(STDERR_FILENO, text);
+}
+
+std::string inColour(Terminal::Colour colour, std::string_view text)
+{
+    return std::string(escapeCode(colour)) + std::string(text) + "\x1b[0m";
 }
 
 int writeToStandardOutput(std::string_view text)

@@ -37,6 +37,9 @@ private:
     std::string m_status;
 };
 
+/// `text` between the codes of that colour.
+std::string inColour(Terminal::Colour colour, std::string_view text);
+
 /// Writes all of `text` to standard output; the error is the system's number.
 int writeToStandardOutput(std::string_view text);
 

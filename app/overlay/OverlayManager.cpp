@@ -2,6 +2,7 @@
 
 #include "core/session/ConfigurationManager.h"
 #include "core/session/ShortcutUserFeedbackService.h"
+#include "core/storage/history/HistoryService.h"
 #include "ports/Analytics.h"
 #include "ports/Notices.h"
 
@@ -98,6 +99,7 @@ void OverlayManager::begin(const OverlayActivationModeWithShortcutIndex& activat
     m_phase = Phase::recording;
     m_overlayState = {Uuid::random(), {}, std::nullopt};
     m_activationMode = activation.mode;
+    m_creationDate = m_services.clock.now();
     m_engineFailure.reset();
     m_interruption.reset();
     m_recording.reset();
@@ -128,7 +130,7 @@ void OverlayManager::recordingFailed(const AudioRecordingFailure& error)
 {
     if (isPermissionDenied(error))
         m_services.analytics.event("overlay_error_mic_permission");
-    abort({userMessage(error), {}, std::nullopt, {}, false});
+    abort({.message = userMessage(error)});
 }
 
 Task<void> OverlayManager::prepareEngine()
@@ -188,29 +190,33 @@ Task<void> OverlayManager::completeDictation()
     if (m_phase != Phase::processing)
         co_return;
     if (m_engineFailure) {
-        fail(*m_engineFailure);
+        const auto reason = *m_engineFailure;
+        co_await fail(reason);
     } else if (!m_recording && !m_interruption) {
-        end(dictation_outcome::Failed{userMessage(stopped.error()), {}, std::nullopt, {}, false});
+        end(dictation_outcome::Failed{.message = userMessage(stopped.error())});
     } else if (!isLongEnough()) {
-        endTooShort();
+        co_await endTooShort();
     } else {
         auto request = completionRequest();
         auto outcome = co_await m_services.sessionManager.complete(std::move(request));
         if (m_phase != Phase::processing)
             co_return;
-        if (outcome)
-            conclude(std::move(*outcome));
-        else
-            fail(outcome.error());
+        if (outcome) {
+            auto done = std::move(*outcome);
+            co_await conclude(std::move(done));
+        } else {
+            const auto reason = outcome.error();
+            co_await fail(reason);
+        }
     }
 }
 
-void OverlayManager::endTooShort()
+Task<void> OverlayManager::endTooShort()
 {
     if (m_interruption) { // its sentence promises that what there is was kept
-        const auto kept = m_recording ? std::optional(fileOf(*m_recording)) : std::nullopt;
-        end(dictation_outcome::Failed{userMessage(*m_interruption), {}, kept, {}, false});
-        return;
+        dictation_outcome::Failed failed{.message = userMessage(*m_interruption)};
+        co_await endFailed(std::move(failed));
+        co_return;
     }
     const double elapsed = m_recording->elapsedTime;
     removeRecording();
@@ -220,20 +226,30 @@ void OverlayManager::endTooShort()
 CompletionRequest OverlayManager::completionRequest() const
 {
     auto& display = m_services.overlayDisplay;
-    return {m_overlayState.sessionID, m_recording->audioFile, m_activationMode,
+    return {m_overlayState.sessionID,
+            m_recording->audioFile,
+            m_activationMode,
+            m_creationDate,
             [&display](ProcessingIndicator::State state) { display.showIndicator(state); },
             [&display](double progress) { display.showProgress(progress); }};
 }
 
-void OverlayManager::conclude(PipelineOutcome outcome)
+Task<void> OverlayManager::conclude(PipelineOutcome outcome)
 {
+    const auto& entry = outcome.context.historyEntry;
     if (outcome.end == PipelineOutcome::End::failed) {
-        end(dictation_outcome::Failed{
-            outcome.failure->message, {}, fileOf(*m_recording), outcome.context.transcript, false});
-        return;
+        dictation_outcome::Failed failed{.message = outcome.failure->message, .text = outcome.context.transcript};
+        if (entry)
+            failed.historyEntry = entry->id;
+        co_await endFailed(std::move(failed));
+        co_return;
     }
     m_lastSuccessfulActivationMode = m_activationMode;
-    removeRecording();
+    if (!entry) {
+        removeRecording();
+        if (m_services.historyService.isEnabled())
+            m_services.alertService.show("The history could not be written, so this dictation is not in it.");
+    }
     if (outcome.end == PipelineOutcome::End::early)
         end(dictation_outcome::EndedEarly{});
     else
@@ -241,20 +257,40 @@ void OverlayManager::conclude(PipelineOutcome outcome)
                                          std::move(outcome.context.transcript)});
 }
 
-void OverlayManager::fail(const SessionError& error)
+Task<void> OverlayManager::fail(SessionError error)
 {
     const bool noSpeech = error.kind == SessionError::Kind::noSpeech;
     const bool engine = error.kind == SessionError::Kind::engine;
     if (engine)
         m_services.analytics.event("overlay_transcription_error");
-    const std::string detail = engine ? userMessage(error.cause) : std::string();
-    m_logger.error(userMessage(error) + (detail.empty() ? "" : ": " + detail));
-    std::optional<std::filesystem::path> kept;
-    if (isLongEnough())
-        kept = fileOf(*m_recording);
-    else
+    dictation_outcome::Failed failed{.message = userMessage(error), .noSpeech = noSpeech};
+    if (engine)
+        failed.detail = userMessage(error.cause);
+    m_logger.error(failed.message + (failed.detail.empty() ? "" : ": " + failed.detail));
+    if (!isLongEnough()) {
         removeRecording();
-    end(dictation_outcome::Failed{userMessage(error), detail, kept, {}, noSpeech});
+        m_recording.reset();
+    }
+    co_await endFailed(std::move(failed));
+}
+
+/// Keeps what was recorded: in the history, or else as the file that it is. An entry that has the words already stays
+/// as it is.
+Task<void> OverlayManager::endFailed(dictation_outcome::Failed failed)
+{
+    m_phase = Phase::ending; // what is being kept is not to be thrown away by a late Escape
+    if (m_recording) {
+        failed.recording = fileOf(*m_recording);
+        if (!failed.historyEntry && m_services.historyService.isEnabled()) {
+            const HistoryEntry::DictationEntry failure =
+                HistoryEntry::FailureData{m_recording->audioFile, failed.message};
+            const HistoryEntry entry{m_overlayState.sessionID, m_creationDate, failure};
+            const auto kept = co_await m_services.historyService.upsert(entry);
+            if (kept)
+                failed.historyEntry = entry.id;
+        }
+    }
+    end(failed);
 }
 
 void OverlayManager::cancel()
@@ -298,6 +334,12 @@ void OverlayManager::end(const DictationOutcome& outcome)
     m_phase = Phase::idle;
     m_services.overlayDisplay.show(OverlayHidden{});
     m_services.overlayDisplay.dictationEnded(outcome);
+    m_cleanUpTask.start(cleanUpHistory());
+}
+
+Task<void> OverlayManager::cleanUpHistory()
+{
+    co_await m_services.historyService.cleanUpWhenDue();
 }
 
 bool OverlayManager::isLongEnough() const

@@ -16,6 +16,7 @@ namespace vocalith {
 
 class Analytics;
 class ConfigurationManager;
+class HistoryService;
 class Notices;
 class ShortcutUserFeedbackService;
 
@@ -26,6 +27,8 @@ struct OverlayManagerServices {
     TranscriptionSessionManager& sessionManager;
     ConfigurationManager& configurationManager;
     ShortcutUserFeedbackService& shortcutFeedbackService;
+    HistoryService& historyService;
+    const Clock& clock;
     Analytics& analytics;
     Notices& alertService;
     OverlayDisplay& overlayDisplay;
@@ -33,7 +36,8 @@ struct OverlayManagerServices {
 
 /// Carries one dictation at a time from the activation signal to the delivered text: idle, recording, processing, idle.
 /// Lives as long as the program; main thread. Cancellation from any state returns to idle and discards the recording;
-/// any other failure after speech was captured keeps it.
+/// any other failure after speech was captured keeps it, as an entry of the history where the user wants one. A
+/// recording is removed only once its text is delivered and the history has no entry that uses it.
 class OverlayManager {
 public:
     /// A recording must be longer than this, in seconds.
@@ -72,14 +76,16 @@ private:
     Task<void> prepareEngine();
     Task<void> completeDictation();
     Task<void> unwind(DictationOutcome outcome);
+    Task<void> conclude(PipelineOutcome outcome);
+    Task<void> fail(SessionError error);
+    Task<void> endTooShort();
+    Task<void> endFailed(dictation_outcome::Failed failed);
+    Task<void> cleanUpHistory();
 
     void inputEnded(const Result<void, AudioInputError>& reason);
     void recordingFailed(const AudioRecordingFailure& error);
     CompletionRequest completionRequest() const;
-    void conclude(PipelineOutcome outcome);
-    void fail(const SessionError& error);
     void end(const DictationOutcome& outcome);
-    void endTooShort();
     bool isLongEnough() const;
     void removeRecording();
 
@@ -89,6 +95,7 @@ private:
     Phase m_phase = Phase::idle;
     OverlayState m_overlayState;
     OverlayActivationMode m_activationMode;
+    Date m_creationDate; ///< of the dictation
     std::optional<OverlayActivationMode> m_lastSuccessfulActivationMode;
     std::optional<FinishedRecording> m_recording;
     std::optional<SessionError> m_engineFailure;

@@ -4,7 +4,7 @@
 #include "core/audio/RecordingSink.h"
 #include "core/audio/RecordingsFolder.h"
 #include "core/audio/WavFile.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 #include <fmt/format.h>
 
@@ -112,9 +112,9 @@ Result<void, AudioRecordingFailure> AudioRecordingManager::prepare(RecordingRequ
         return failure(failureOf(writer.error()));
     }
     // Before the first sample, so that there is no moment in which a crash loses one.
+    const auto batch = m_storage.batch();
     m_storage.crashRecoveryInfo.set(AudioCrashRecoveryInfo{file.string(), kWavHeaderSize});
     m_storage.storedIsRecording.set(true);
-
     m_starting = true;
     m_cancelsStart = false;
     m_endWhileStarting.reset();
@@ -216,14 +216,11 @@ Result<FinishedRecording, AudioRecordingFailure> AudioRecordingManager::handOver
     m_storage.storedIsRecording.set(false);
     keyboardExtensionSessionState.set(KeyboardSessionState::inactive);
     m_recordedBytes = recorded.dataBytes;
-    if (!recording.request.streaming)
+    if (!recording.request.streaming || !header || recorded.dataBytes == 0)
         setStreamingFile(std::nullopt);
-    if (!header) {
-        setStreamingFile(std::nullopt);
+    if (!header)
         return failed(header.error().kind == WavError::Kind::notFound ? Kind::fileMissing : Kind::emptyFile);
-    }
     if (recorded.dataBytes == 0) {
-        setStreamingFile(std::nullopt);
         std::error_code ignored;
         fs::remove(recording.file, ignored);
         if (recorded.writeError)
@@ -276,8 +273,18 @@ void AudioRecordingManager::settle()
     m_storage.crashRecoveryInfo.set(std::nullopt);
 }
 
+void AudioRecordingManager::forget(const AudioCrashRecoveryInfo& info)
+{
+    const auto batch = m_storage.batch();
+    if (m_storage.crashRecoveryInfo.get() == info)
+        m_storage.crashRecoveryInfo.set(std::nullopt);
+    if (!m_recording)
+        m_storage.storedIsRecording.set(false);
+}
+
 void AudioRecordingManager::clearStored()
 {
+    const auto batch = m_storage.batch();
     settle();
     m_storage.storedIsRecording.set(false);
     keyboardExtensionSessionState.set(KeyboardSessionState::inactive);
@@ -381,14 +388,12 @@ Task<Result<RecoveredRecording, RecordingRecoveryFailure>> AudioRecordingManager
     if (!outcome)
         co_return failure(RecordingRecoveryFailure::cancelled);
     const auto& recovered = *outcome;
-    const bool settled = recovered || recovered.error() == RecordingRecoveryFailure::fileMissing ||
-                         recovered.error() == RecordingRecoveryFailure::empty;
-    if (settled && m_storage.crashRecoveryInfo.get() == info)
-        m_storage.crashRecoveryInfo.set(std::nullopt);
-    if (settled && !m_recording)
-        m_storage.storedIsRecording.set(false);
-    if (!recovered)
+    if (!recovered) {
+        if (recovered.error() == RecordingRecoveryFailure::fileMissing ||
+            recovered.error() == RecordingRecoveryFailure::empty)
+            forget(info);
         co_return failure(recovered.error());
+    }
     co_return RecoveredRecording{recovered->id, audioFile(recovered->path, recovered->duration, recovered->size)};
 }
 

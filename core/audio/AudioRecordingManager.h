@@ -11,7 +11,7 @@
 #include "core/audio/AudioRecordingFailure.h"
 #include "core/audio/RecordingReader.h"
 #include "core/audio/RecordingRecovery.h"
-#include "core/storage/AudioCrashRecoveryInfo.h"
+#include "core/storage/settings/AudioCrashRecoveryInfo.h"
 #include "models/AudioFile.h"
 #include "models/KeyboardCompanion.h"
 #include "models/RecordingMode.h"
@@ -107,8 +107,12 @@ public:
     std::uint64_t keyboardRecordingStartByte() const { return m_keyboardRecordingStartByte; }
 
     /// Saves what an abnormal end of the program left behind, as "VocalithRecovered-<ID>.wav". The stored recovery
-    /// information is cleared unless the file is still being recorded into or could not be saved yet.
+    /// information stays until `forget`, so that an end of the program before its owner has noted the recording loses
+    /// nothing: another call yields it again. It is cleared here when there is nothing to save.
     Task<Result<RecoveredRecording, RecordingRecoveryFailure>> recover(AudioCrashRecoveryInfo info);
+    /// Whoever owns the recovered recording knows where it is: there is nothing to recover any more. Another recording
+    /// may run meanwhile.
+    void forget(const AudioCrashRecoveryInfo& info);
 
 private:
     struct Recording;

@@ -83,15 +83,6 @@ Result<void, Failed> copyAudio(int from, AudioRange audio, WavWriter& to)
     return {};
 }
 
-/// The recording's identity is the end of its file name.
-Uuid idOf(const fs::path& file)
-{
-    constexpr std::size_t kIdLength = 36;
-    const auto stem = file.stem().string();
-    const auto id = stem.size() < kIdLength ? std::nullopt : Uuid::parse(stem.substr(stem.size() - kIdLength));
-    return id.value_or(Uuid::random());
-}
-
 /// Writes aside and renames, so that a file of that name is always whole.
 Result<void, Failed> writeRecovered(int from, AudioRange audio, const fs::path& file)
 {
@@ -116,7 +107,23 @@ Result<void, Failed> writeRecovered(int from, AudioRange audio, const fs::path& 
     return {};
 }
 
+/// What an earlier recovery has saved, when the program ended before anybody was told of it.
+std::optional<RecoveredFile> savedEarlier(const Uuid& id, const fs::path& file)
+{
+    const auto header = readWavHeader(file);
+    if (!header || header->dataBytes == 0)
+        return std::nullopt;
+    return RecoveredFile{id, file, header->duration(), header->dataOffset + header->dataBytes};
+}
+
 } // namespace
+
+std::optional<Uuid> recordingID(const fs::path& file)
+{
+    constexpr std::size_t kIdLength = 36;
+    const auto stem = file.stem().string();
+    return stem.size() < kIdLength ? std::nullopt : Uuid::parse(stem.substr(stem.size() - kIdLength));
+}
 
 std::string userMessage(RecordingRecoveryFailure failure)
 {
@@ -139,7 +146,13 @@ Result<RecoveredFile, RecordingRecoveryFailure> recoverRecording(const AudioCras
         logger.warning(fmt::format("Cannot recover recording {}: {}", abandoned.string(), userMessage(why)));
         return failure(why);
     };
+    const auto id = recordingID(abandoned).value_or(Uuid::random());
+    auto path = folder / ("VocalithRecovered-" + id.toString() + ".wav");
     const auto fd = openAbandoned(abandoned);
+    if (!fd && fd.error() == Failed::fileMissing) {
+        if (auto saved = savedEarlier(id, path))
+            return *std::move(saved);
+    }
     if (!fd)
         return fail(fd.error());
     const auto audio = audioOf(fd->get(), info.startByte);
@@ -148,8 +161,6 @@ Result<RecoveredFile, RecordingRecoveryFailure> recoverRecording(const AudioCras
         fs::remove(abandoned, ignored);
         return fail(Failed::empty);
     }
-    const auto id = idOf(abandoned);
-    auto path = folder / ("VocalithRecovered-" + id.toString() + ".wav");
     if (const auto written = writeRecovered(fd->get(), audio, path); !written)
         return fail(written.error());
     fs::remove(abandoned, ignored);

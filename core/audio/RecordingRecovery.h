@@ -3,10 +3,11 @@
 #include "base/Log.h"
 #include "base/Result.h"
 #include "base/Uuid.h"
-#include "core/storage/AudioCrashRecoveryInfo.h"
+#include "core/storage/settings/AudioCrashRecoveryInfo.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace vocalith {
@@ -30,9 +31,13 @@ struct RecoveredFile {
     std::uint64_t size = 0; ///< bytes
 };
 
+/// The identity of the recording, which is the end of its file's name; nothing for a name without one.
+std::optional<Uuid> recordingID(const std::filesystem::path& file);
+
 /// Saves the audio that an abnormal end of the program left behind, from `info.startByte` on and never with header
 /// bytes in it, as "VocalithRecovered-<ID>.wav" in `folder`. The abandoned file need not have a valid header. It is
-/// removed once the new one is safely on the disk, so a crash in the middle costs nothing. Blocks; any thread.
+/// removed once the new one is safely on the disk, so a crash in the middle costs nothing. Where an earlier call has
+/// done all that, yields what it had saved. Blocks; any thread.
 Result<RecoveredFile, RecordingRecoveryFailure>
 recoverRecording(const AudioCrashRecoveryInfo& info, const std::filesystem::path& folder, const Logger& logger);
 

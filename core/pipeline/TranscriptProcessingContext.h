@@ -5,6 +5,7 @@
 #include "models/AIConversation.h"
 #include "models/DictationResult.h"
 #include "models/DictationSession.h"
+#include "models/HistoryEntry.h"
 
 #include <functional>
 #include <memory>
@@ -23,6 +24,12 @@ struct TranscriptProcessingContext {
     /// Moves the session's visible state.
     std::function<void(ProcessingIndicator::State)> transitionToState = [](ProcessingIndicator::State) {};
     std::optional<AIConversation> conversation;
+    /// The AI rewrite, once it has run; its `finalText` is the model's answer.
+    std::optional<AITransform> aiTransform;
+    /// Of the dictation. All that the run writes to the history bears it, and so goes to one entry.
+    Date creationDate;
+    /// The run's entry as the history has it; absent while the history has none.
+    std::optional<HistoryEntry> historyEntry;
     /// The text as it stands after the steps run so far.
     std::string transcript;
 };

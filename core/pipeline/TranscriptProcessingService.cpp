@@ -16,22 +16,23 @@ using End = PipelineOutcome::End;
 TranscriptProcessingService::TranscriptProcessingService(Steps steps) : m_steps(std::move(steps))
 {}
 
-TranscriptProcessingService::Steps TranscriptProcessingService::defaultSteps(TextOutput& output, Notices& notices,
+TranscriptProcessingService::Steps TranscriptProcessingService::defaultSteps(TextOutput& output,
+                                                                             HistoryService& history, Notices& notices,
                                                                              const LogService& log)
 {
     Steps steps;
-    steps.push_back(std::make_unique<HistoryStep>());
+    steps.push_back(std::make_unique<HistoryStep>(history));
     steps.push_back(std::make_unique<QuickCommandStep>());
     steps.push_back(std::make_unique<BashScriptStep>(BashScriptStep::Stage::before));
     steps.push_back(std::make_unique<ReplacementsStep>(WordReplacementTiming::beforeAI));
     steps.push_back(std::make_unique<AITransformStep>());
-    steps.push_back(std::make_unique<HistoryStep>());
+    steps.push_back(std::make_unique<HistoryStep>(history));
     steps.push_back(std::make_unique<ReplacementsStep>(WordReplacementTiming::afterAI));
     steps.push_back(std::make_unique<BashScriptStep>(BashScriptStep::Stage::after));
     steps.push_back(std::make_unique<SpacingStep>());
     steps.push_back(std::make_unique<AutoCopyToClipboardStep>());
     steps.push_back(std::make_unique<OutputStep>(output, notices, log.logger("OutputStep")));
-    steps.push_back(std::make_unique<HistoryStep>());
+    steps.push_back(std::make_unique<HistoryStep>(history));
     return steps;
 }
 

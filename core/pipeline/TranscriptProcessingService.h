@@ -9,6 +9,7 @@
 
 namespace vocalith {
 
+class HistoryService;
 class Notices;
 class TextOutput;
 
@@ -35,7 +36,7 @@ public:
     explicit TranscriptProcessingService(Steps steps);
 
     /// The program's own steps: the one place that says what happens to a dictation, and when.
-    static Steps defaultSteps(TextOutput& output, Notices& notices, const LogService& log);
+    static Steps defaultSteps(TextOutput& output, HistoryService& history, Notices& notices, const LogService& log);
 
     Task<PipelineOutcome> run(TranscriptProcessingContext context);
 

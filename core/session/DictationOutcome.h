@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Uuid.h"
 #include "models/TranscriptionData.h"
 
 #include <filesystem>
@@ -26,10 +27,11 @@ struct TooShort {
     bool operator==(const TooShort&) const = default;
 };
 struct Failed {
-    std::string message;                            ///< shown to the user
-    std::string detail;                             ///< the cause and what to do, for people; may be empty
-    std::optional<std::filesystem::path> recording; ///< where the audio was kept
-    std::string text;                               ///< the words, when the failure came after recognition
+    std::string message;                              ///< shown to the user
+    std::string detail{};                             ///< the cause and what to do, for people; may be empty
+    std::optional<std::filesystem::path> recording{}; ///< where the audio was kept
+    std::optional<Uuid> historyEntry{};               ///< the entry of the history that has what was kept
+    std::string text{};                               ///< the words, when the failure came after recognition
     bool noSpeech = false;
     bool operator==(const Failed&) const = default;
 };

@@ -1,6 +1,6 @@
 #include "core/session/ShortcutUserFeedbackService.h"
 
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/SoundPlayer.h"
 #include "ports/SystemVolume.h"
 

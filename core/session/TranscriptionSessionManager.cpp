@@ -1,7 +1,7 @@
 #include "core/session/TranscriptionSessionManager.h"
 
 #include "base/Text.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 namespace vocalith {
 namespace {
@@ -77,6 +77,7 @@ Task<Result<PipelineOutcome, SessionError>> TranscriptionSessionManager::complet
     context.transcript = trimmed(plainText(*recognized));
     context.dictationResult = DictationResult{request.sessionID, request.audioFile, std::move(*recognized)};
     context.activationMode = std::move(request.activationMode);
+    context.creationDate = request.creationDate;
     context.transitionToState = request.transitionToState;
     co_return co_await process(std::move(context));
 }

@@ -38,6 +38,7 @@ struct CompletionRequest {
     Uuid sessionID;
     AudioFile audioFile;
     OverlayActivationMode activationMode;
+    Date creationDate; ///< of the dictation, under which the history keeps it
     std::function<void(ProcessingIndicator::State)> transitionToState;
     std::function<void(double)> showProgress; ///< of the recognition, 0..1
 };

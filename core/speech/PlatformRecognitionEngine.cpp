@@ -3,7 +3,7 @@
 #include "core/speech/AudioPieces.h"
 #include "core/speech/ProgressOnMainThread.h"
 #include "core/speech/SpanSegments.h"
-#include "core/speech/whisper/WhisperLanguage.h"
+#include "models/WhisperLanguage.h"
 #include "ports/SpeechRecognizer.h"
 
 #include <fmt/format.h>

@@ -22,6 +22,7 @@ struct PulseDeleter {
     void operator()(pa_stream* stream) const
     {
         pa_stream_set_read_callback(stream, nullptr, nullptr);
+        pa_stream_set_write_callback(stream, nullptr, nullptr);
         pa_stream_set_moved_callback(stream, nullptr, nullptr);
         pa_stream_set_suspended_callback(stream, nullptr, nullptr);
         pa_stream_set_state_callback(stream, nullptr, nullptr);

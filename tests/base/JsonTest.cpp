@@ -161,6 +161,14 @@ TEST(Json, InvalidUtf8IsReplacedWhenWritten)
     EXPECT_TRUE(parseJson(text));
 }
 
+TEST(Json, SinglePrecisionIsWrittenWithTheDigitsThatWereMeant)
+{
+    EXPECT_EQ(dumpJson(toJson(0.2F)), "0.2");
+    EXPECT_EQ(fromJson<float>(json("0.2")), 0.2F);
+    EXPECT_EQ(toJson(std::numeric_limits<float>::infinity()), 0.0);
+    EXPECT_FALSE(fromJson<float>(json("1e300")));
+}
+
 TEST(Json, IdentitiesAndBytes)
 {
     const auto id = fromJson<Uuid>(json(R"("0f8fad5b-d9cb-469f-a165-70867728950e")"));

@@ -1,9 +1,46 @@
 #include "core/pipeline/steps/HistoryStep.h"
 
-namespace vocalith {
+#include "core/storage/history/HistoryService.h"
 
-Task<Result<bool, StepFailure>> HistoryStep::run(TranscriptProcessingContext&)
+namespace vocalith {
+namespace {
+
+/// The rewrite with the text as it is by now, without the space that only separates it from the next dictation.
+std::optional<AITransform> transformSoFar(const TranscriptProcessingContext& context)
 {
+    auto transform = context.aiTransform;
+    if (transform) {
+        transform->finalText = context.transcript;
+        if (transform->finalText.ends_with(' '))
+            transform->finalText.pop_back();
+    }
+    return transform;
+}
+
+HistoryEntry entryOf(const TranscriptProcessingContext& context)
+{
+    HistoryEntry entry{context.sessionID, context.creationDate, {}};
+    if (const auto* prompt = activePrompt(context))
+        entry.content =
+            HistoryEntry::SuccessData{context.dictationResult, *prompt, transformSoFar(context), context.conversation};
+    else
+        entry.content =
+            HistoryEntry::VoiceJournalEntry{context.dictationResult, transformSoFar(context), context.conversation};
+    return entry;
+}
+
+} // namespace
+
+Task<Result<bool, StepFailure>> HistoryStep::run(TranscriptProcessingContext& context)
+{
+    if (!m_history.isEnabled())
+        co_return false;
+    auto entry = entryOf(context);
+    if (entry == context.historyEntry)
+        co_return false;
+    const auto kept = co_await m_history.upsert(entry);
+    if (kept)
+        context.historyEntry = std::move(entry);
     co_return false;
 }
 

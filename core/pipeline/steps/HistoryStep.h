@@ -4,10 +4,19 @@
 
 namespace vocalith {
 
-/// Keeps the dictation as it stands at this point of the run. Without a history store it passes the text on.
+class HistoryService;
+
+/// Keeps the dictation, as it stands at this point of the run, under the session's identifier: first as recognised, so
+/// that nothing after it can lose the words, then with the AI rewrite, and at last as delivered. Where nothing has
+/// changed since the last time, nothing is written. A failed write never stops the run.
 class HistoryStep final : public TranscriptProcessingStep {
 public:
+    explicit HistoryStep(HistoryService& history) : m_history(history) {}
+
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override;
+
+private:
+    HistoryService& m_history;
 };
 
 } // namespace vocalith

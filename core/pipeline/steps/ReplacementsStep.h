@@ -1,11 +1,9 @@
 #pragma once
 
 #include "core/pipeline/TranscriptProcessingStep.h"
+#include "models/WordReplacement.h"
 
 namespace vocalith {
-
-/// When a word replacement applies.
-enum class WordReplacementTiming { beforeAI, afterAI, both };
 
 /// Applies the user's word replacements of one timing. Without any it passes the text on.
 class ReplacementsStep final : public TranscriptProcessingStep {

@@ -2,7 +2,7 @@
 
 #include "base/Result.h"
 #include "core/speech/catalogue/ModelGuards.h"
-#include "core/storage/Setting.h"
+#include "core/storage/settings/Setting.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,6 +1,6 @@
 #include "core/speech/whisper/WhisperSettings.h"
 
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 
 namespace vocalith {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/speech/whisper/WhisperLanguage.h"
+#include "models/WhisperLanguage.h"
 
 #include <string>
 

@@ -1,5 +1,8 @@
 // The program as a user runs it: arguments, standard output, standard error, exit code.
 
+#include "base/Json.h"
+#include "core/audio/WavFile.h"
+#include "models/HistoryEntry.h"
 #include "tests/support/AudioServer.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/ScriptedWhisperModel.h"
@@ -75,6 +78,20 @@ protected:
         return fs::exists(folder) ? static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {})) : 0;
     }
 
+    /// What the history has, as its files say.
+    std::vector<HistoryEntry> history() const
+    {
+        std::vector<HistoryEntry> entries;
+        if (!fs::exists(home / "History"))
+            return entries;
+        for (const auto& file : fs::recursive_directory_iterator(home / "History")) {
+            if (file.is_regular_file())
+                entries.push_back(fromJson<HistoryEntry>(*parseJson(readFile(file.path()))).value());
+        }
+        return entries;
+    }
+    static fs::path recordingOf(const HistoryEntry& entry) { return *filePath(audioFile(entry).fileBookmark); }
+
     TemporaryFolder home;
     const std::string sample = std::string(VOCALITH_SAMPLES) + "/speech.wav";
     const std::string scripted = "The quick brown fox jumps. Over the lazy dog, twice.";
@@ -122,10 +139,41 @@ TEST_F(Program, DictatesFromAFileThroughTheWholeSession)
     EXPECT_EQ(ended.code, 0) << ended.err;
     EXPECT_EQ(ended.out, scripted + "\n");
     EXPECT_EQ(ended.err, "") << "a pipe sees no colours, progress or hints";
-    EXPECT_EQ(recordings(), 0u);
+    const auto kept = history();
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(finalText(kept[0]), scripted);
+    EXPECT_TRUE(readWavHeader(recordingOf(kept[0])));
+    EXPECT_EQ(recordings(), 1u);
 
     const auto json = run({"dictate", "--audio", sample, "--json"});
     EXPECT_EQ(json.out, "{\"text\":\"" + scripted + "\",\"model\":\"tinyEnglish\"}\n");
+}
+
+TEST_F(Program, KeepsNothingOfADictationWhereNoHistoryIsWanted)
+{
+    addModel();
+    writeFile(home / "settings.json", R"({"historyStoragePolicy": "disabled"})");
+    const auto ended = run({"dictate", "--audio", sample});
+    EXPECT_EQ(ended.out, scripted + "\n");
+    EXPECT_TRUE(history().empty());
+    EXPECT_EQ(recordings(), 0u);
+}
+
+TEST_F(Program, ADictationWithoutSpeechIsInTheHistoryAndCanBeTriedAgain)
+{
+    const auto silence = home / "silence.wav";
+    ASSERT_TRUE(WavWriter::create(silence).value().append(std::vector<std::int16_t>(32000)));
+    const auto ended = run({"dictate", "--audio", silence.string()});
+    EXPECT_EQ(ended.code, 3);
+    EXPECT_EQ(ended.out, "");
+    ASSERT_EQ(history().size(), 1u);
+    const auto id = history()[0].id.toString().substr(0, 8);
+    EXPECT_EQ(ended.err, "Error: No speech detected\nThe recording is in the history. Try again with: "
+                         "vocalith history retry " +
+                             id + "\n");
+    addModel();
+    EXPECT_EQ(run({"history", "retry", id}).out, scripted.substr(0, 26) + "\n");
+    EXPECT_EQ(finalText(history()[0]), scripted.substr(0, 26));
 }
 
 TEST_F(Program, SaysOnceThatTheSystemsRecogniserIsOnlyABeginning)
@@ -283,7 +331,7 @@ TEST_F(LiveProgram, ASecondDictationIsRefusedWhileOneRuns)
     EXPECT_EQ(running->wait().code, 0);
 }
 
-TEST_F(LiveProgram, AKilledDictationIsFoundAndCanBeWrittenDown)
+TEST_F(LiveProgram, AKilledDictationIsInTheHistoryAndCanBeWrittenDown)
 {
     addModel();
     const auto running = startSpeaking();
@@ -293,9 +341,24 @@ TEST_F(LiveProgram, AKilledDictationIsFoundAndCanBeWrittenDown)
     const auto next = run({"dictate", "--audio", sample});
     EXPECT_EQ(next.code, 0);
     EXPECT_NE(next.err.find("A dictation was cut off earlier"), std::string::npos) << next.err;
-    const auto begin = next.err.find("transcribe \"") + 12;
-    const auto file = next.err.substr(begin, next.err.find('"', begin) - begin);
-    EXPECT_EQ(run({"transcribe", file}).out, spoken + "\n");
+    auto entries = history();
+    std::erase_if(entries, [](const auto& entry) { return !errorMessage(entry); });
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(*errorMessage(entries[0]), "Recording interrupted — app was terminated");
+    const auto id = entries[0].id.toString().substr(0, 8);
+    EXPECT_NE(next.err.find("vocalith history retry " + id), std::string::npos) << next.err;
+    EXPECT_EQ(run({"history", "retry", id}).out, spoken + "\n");
+    EXPECT_EQ(run({"dictate", "--audio", sample}).err, "") << "it is said once";
+}
+
+TEST_F(Program, ADamagedSettingsFileIsToldOnceAndCostsOnlyWhatWasHit)
+{
+    writeFile(home / "settings.json", "{\n  \"whisperLanguage\": \"de\"\n  \"whisperPrompt\": \"cut o");
+    const auto first = run({"settings", "get", "whisperLanguage"});
+    EXPECT_EQ(first.out, "de\n");
+    EXPECT_NE(first.err.find("The settings file was damaged."), std::string::npos) << first.err;
+    EXPECT_NE(first.err.find("Lost: whisperPrompt."), std::string::npos) << first.err;
+    EXPECT_EQ(run({"settings", "get", "whisperLanguage"}).err, "");
 }
 
 TEST_F(Program, TextThatStandardOutputDoesNotTakeIsSaved)
@@ -304,7 +367,8 @@ TEST_F(Program, TextThatStandardOutputDoesNotTakeIsSaved)
     const auto ended = ProgramRun(home.path(), {"dictate", "--audio", sample}, {}, "/dev/full").wait();
     EXPECT_EQ(ended.code, 0);
     EXPECT_NE(ended.err.find("It was saved in"), std::string::npos) << ended.err;
-    EXPECT_EQ(recordings(), 1u);
+    EXPECT_EQ(recordings(), 2u) << "the text beside the recording";
+    EXPECT_EQ(history().size(), 1u);
 }
 
 } // namespace

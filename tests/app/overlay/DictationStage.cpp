@@ -56,6 +56,7 @@ private:
 
 Task<Result<void, TextOutputError>> RecordedTextOutput::deliver(std::string text)
 {
+    ++asked;
     if (holds) {
         const auto held = co_await sleepFor(m_clock, 1h);
         if (!held)
@@ -85,7 +86,8 @@ DictationStage::DictationStage()
               return loaded;
           },
           log.logger()),
-      overlay({notifier, recorder, session, configuration, feedback, analytics, notices, display}, log.logger())
+      overlay({notifier, recorder, session, configuration, feedback, history, clock, analytics, notices, display},
+              log.logger())
 {}
 
 DictationStage::~DictationStage()
@@ -105,6 +107,13 @@ const DictationOutcome& DictationStage::waitForOutcome()
     ++m_awaitedOutcomes;
     runUntil([&] { return display.outcomes.size() >= m_awaitedOutcomes; });
     return display.outcomes.back();
+}
+
+std::vector<HistoryEntry> DictationStage::historyEntries()
+{
+    await(overlay.shutDown()); // nothing is being written any more
+    const auto page = await(history.store()->page(HistoryPageRequest()));
+    return page ? page->entries : std::vector<HistoryEntry>();
 }
 
 std::size_t DictationStage::recordingsOnDisk() const

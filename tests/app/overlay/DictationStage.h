@@ -4,7 +4,8 @@
 #include "core/output/TextOutput.h"
 #include "core/session/ConfigurationManager.h"
 #include "core/session/ShortcutUserFeedbackService.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/history/HistoryService.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/Notices.h"
 #include "ports/SoundPlayer.h"
 #include "ports/SystemVolume.h"
@@ -58,6 +59,7 @@ public:
     Task<Result<void, TextOutputError>> deliver(std::string text) override;
 
     bool holds = false; ///< waits until the dictation is cancelled
+    int asked = 0;
     std::optional<TextOutputError> error;
     std::vector<std::string> delivered;
 
@@ -103,6 +105,8 @@ public:
     /// Handles what is due until the next dictation has ended that was not waited for yet.
     const DictationOutcome& waitForOutcome();
     std::size_t recordingsOnDisk() const;
+    /// What the history has, the newest first.
+    std::vector<HistoryEntry> historyEntries();
 
     const Uuid journalShortcut = Uuid::random();
     const Uuid promptShortcut = Uuid::random();
@@ -121,8 +125,12 @@ public:
     ShortcutNotifier notifier;
     LogService stepLog = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
     PersistentAppStorage storage{folder / "settings.json", clock, log.logger()};
+    HistoryService history{{folder / "History", folder / "VocalithRecordings", folder / "Cache" / "history.sqlite"},
+                           storage,
+                           clock,
+                           log.logger()};
     AudioRecordingManager recorder{input, storage, clock, folder / "VocalithRecordings", log.logger()};
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, notices, stepLog)};
+    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, notices, stepLog)};
     TranscriptionSessionManager session;
     ConfigurationManager configuration;
     ShortcutUserFeedbackService feedback{sounds, sounds, storage, log.logger()};

@@ -30,7 +30,7 @@ protected:
     DictationStage stage;
 };
 
-TEST_F(Dictation, RunsFromTheShortcutToTheDeliveredTextAndLeavesNothingBehind)
+TEST_F(Dictation, RunsFromTheShortcutToTheDeliveredText)
 {
     stage.engine.text = " hello world\n";
     dictate(2s);
@@ -40,7 +40,6 @@ TEST_F(Dictation, RunsFromTheShortcutToTheDeliveredTextAndLeavesNothingBehind)
                                                      Indicator::transcribing, Indicator::processing}));
     EXPECT_FALSE(stage.display.isVisible());
     EXPECT_EQ(stage.engine.starts, 1) << "the model is loaded while the user speaks";
-    EXPECT_EQ(stage.recordingsOnDisk(), 0u) << "a delivered dictation keeps no recording";
     EXPECT_EQ(stage.overlay.lastSuccessfulActivationMode(), OverlayActivationMode(VoiceJournal{}));
     EXPECT_EQ(stage.input.aliveStreams(), 0u);
     EXPECT_EQ(stage.clock.pendingTimers(), 0u);
@@ -143,7 +142,7 @@ TEST_F(Dictation, EscapeReturnsToIdleFromEveryStateAndInsertsNothing)
             stage.press(stage.journalShortcut);
             stage.speak(1s);
             stage.release(stage.journalShortcut);
-            drainMainThread();
+            runUntil([this] { return stage.output.asked > 0; });
         },
     };
     for (const auto& reach : states) {

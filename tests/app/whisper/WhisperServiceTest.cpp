@@ -3,7 +3,7 @@
 #include "core/speech/whisper/ModelFileManager.h"
 #include "core/speech/whisper/WhisperModelFile.h"
 #include "core/speech/whisper/WhisperTranscriptionService.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakePCMConverter.h"
 #include "tests/support/MainLoop.h"

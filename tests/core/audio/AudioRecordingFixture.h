@@ -2,7 +2,7 @@
 
 #include "core/audio/AudioRecordingManager.h"
 #include "core/audio/WavFile.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "tests/support/FakeAudioInput.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"

@@ -141,16 +141,20 @@ TEST_F(AudioRecordingStreamsTest, WhatACrashLeftBehindIsRecovered)
     EXPECT_EQ(m_storage.crashRecoveryInfo.get(), info);
     crashed.reset(); // as after a kill: the file, the stored information, no lock
 
-    const auto recovered = await(m_manager.recover(info));
+    ASSERT_TRUE(await(m_manager.recover(info)));
+    EXPECT_EQ(m_storage.crashRecoveryInfo.get(), info) << "nobody has noted yet where the recording is";
+    const auto recovered = await(m_manager.recover(info)); // as after another end of the program
     ASSERT_TRUE(recovered);
     EXPECT_EQ(recovered->id, m_id);
     EXPECT_DOUBLE_EQ(recovered->audioFile.duration, 1.0);
     EXPECT_EQ(filePath(recovered->audioFile.fileBookmark), file("VocalithRecovered-" + m_id.toString() + ".wav"));
+    EXPECT_EQ(fileCount(), 1U);
+    m_manager.forget(info);
     EXPECT_EQ(m_storage.crashRecoveryInfo.get(), std::nullopt);
     EXPECT_FALSE(m_storage.storedIsRecording.get());
-    EXPECT_EQ(fileCount(), 1U);
 
     m_storage.crashRecoveryInfo.set(info);
+    std::filesystem::remove(file("VocalithRecovered-" + m_id.toString() + ".wav"));
     EXPECT_EQ(await(m_manager.recover(info)).error(), RecordingRecoveryFailure::fileMissing);
     EXPECT_EQ(m_storage.crashRecoveryInfo.get(), std::nullopt);
     EXPECT_TRUE(m_log.has("Audio file does not exist."));

@@ -3,10 +3,13 @@
 #include "core/output/TextOutput.h"
 #include "core/pipeline/steps/BashScriptStep.h"
 #include "core/pipeline/steps/ReplacementsStep.h"
+#include "core/storage/history/HistoryService.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/Notices.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -123,10 +126,15 @@ protected:
         return await(pipeline.run(std::move(context)));
     }
 
+    TemporaryFolder folder;
+    FakeClock clock;
+    PersistentAppStorage storage{folder / "settings.json", clock, Logger()};
+    HistoryService history{
+        {folder / "History", folder / "Recordings", folder / "history.sqlite"}, storage, clock, Logger()};
     RecordedOutput output;
     RecordedNotices notices;
     LogService log = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, notices, log)};
+    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, notices, log)};
 };
 
 TEST_F(DefaultSteps, DeliverOnceEndingWithOneSpaceSoThatDictationsDoNotRunTogether)

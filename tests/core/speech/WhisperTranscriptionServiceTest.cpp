@@ -2,7 +2,7 @@
 
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "tests/core/speech/FakeWhisperCPP.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakePCMConverter.h"

@@ -2,7 +2,7 @@
 #include "core/speech/catalogue/ModelGuards.h"
 #include "core/speech/catalogue/ModelSelection.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
-#include "core/storage/PersistentAppStorage.h"
+#include "core/storage/settings/PersistentAppStorage.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/TemporaryFolder.h"
 

@@ -1,0 +1,26 @@
+#include "core/storage/settings/file/SettingsLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace vocalith {
+
+SettingsLock::SettingsLock(const std::filesystem::path& settingsFile)
+    : m_file(::open((settingsFile.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
+{
+    do {
+        m_isHeld = m_file >= 0 && ::flock(m_file, LOCK_EX) == 0;
+    } while (!m_isHeld && m_file >= 0 && errno == EINTR);
+}
+
+SettingsLock::~SettingsLock()
+{
+    if (m_file >= 0)
+        ::close(m_file);
+}
+
+} // namespace vocalith

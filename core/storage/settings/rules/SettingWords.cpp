@@ -1,0 +1,88 @@
+#include "core/storage/settings/rules/SettingWords.h"
+
+#include "base/Iso8601.h"
+#include "base/Json.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+
+namespace vocalith {
+namespace {
+
+char lower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+} // namespace
+
+bool sameIgnoringCase(std::string_view left, std::string_view right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](char a, char b) { return lower(a) == lower(b); });
+}
+
+std::optional<bool> boolFromWord(std::string_view word)
+{
+    const auto isAmong = [word](const auto& words) {
+        return std::any_of(words.begin(), words.end(), [word](auto other) { return sameIgnoringCase(word, other); });
+    };
+    if (isAmong(std::array<std::string_view, 3>{"true", "yes", "on"}))
+        return true;
+    if (isAmong(std::array<std::string_view, 3>{"false", "no", "off"}))
+        return false;
+    return std::nullopt;
+}
+
+std::optional<Json> numberFromWord(std::string_view word)
+{
+    auto json = parseJson(word);
+    return json && json->is_number() ? std::optional(std::move(*json)) : std::nullopt;
+}
+
+std::optional<Date> dateFromWord(const std::string& word)
+{
+    const auto date = dateFromIso8601(word);
+    return date ? date : dateFromIso8601(word + "T00:00:00Z");
+}
+
+std::optional<Data> pathFromWord(std::string_view word)
+{
+    return word.starts_with('/') ? std::optional(Data(word.begin(), word.end())) : std::nullopt;
+}
+
+TranscriptionModelID modelFromWord(const std::string& word)
+{
+    for (const auto id : allPredefinedModelIDs()) {
+        if (sameIgnoringCase(word, toString(TranscriptionModelID(id))))
+            return id;
+    }
+    return word;
+}
+
+std::optional<Json> caseFromWord(const std::string& word, const std::vector<std::string>& names)
+{
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&word](const std::string& name) { return sameIgnoringCase(word, name); });
+    return found == names.end() ? std::nullopt : std::optional<Json>(*found);
+}
+
+std::string numberText(float number)
+{
+    return fmt::format("{}", number);
+}
+
+std::string oneOf(const std::vector<std::string>& words)
+{
+    return fmt::format("one of: {}", fmt::join(words, ", "));
+}
+
+std::string asJson(std::string_view what)
+{
+    return fmt::format("{}, as JSON", what);
+}
+
+} // namespace vocalith
