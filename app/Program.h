@@ -13,6 +13,7 @@
 #include "core/speech/TranscriptionServiceProvider.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
+#include "core/speech/whisper/WhisperSettings.h"
 #include "core/speech/whisper/WhisperTranscriptionService.h"
 #include "core/storage/AppPaths.h"
 #include "core/storage/LocalAnalytics.h"
@@ -64,7 +65,7 @@ private:
 
     FFmpegPCMConverter m_converter;
     const VoiceModelCatalogue m_catalogue;
-    ModelFileManager m_modelFiles{m_paths.modelsFolder, m_catalogue};
+    ModelFileManager m_modelFiles{modelsFolder(m_storage, m_paths.modelsFolder), m_catalogue};
     ModelReport m_models{m_catalogue, m_modelFiles, m_recogniser, m_storage, currentPlatformTraits()};
     WhisperCPPType m_whisperCPPType{m_log.logger("whisper.cpp")};
     WhisperTranscriptionService m_whisper{m_storage,        m_modelFiles, m_converter,

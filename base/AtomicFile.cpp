@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 
@@ -64,14 +66,21 @@ fs::path targetOf(const fs::path& path)
     return error || target.empty() ? path : target;
 }
 
-Result<void, FileError> replace(const fs::path& path, const fs::path& folder, std::string_view content)
+fs::path folderOf(const fs::path& path)
 {
-    std::string aside = (folder / ("." + path.filename().string() + ".XXXXXX")).string();
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+constexpr std::string_view kUnique = "XXXXXX"; // letters and digits in the end
+
+Result<void, FileError> replace(const fs::path& path, const fs::path& folder, std::string_view content, Flush flush)
+{
+    std::string aside = (folder / ("." + path.filename().string() + ".")).string().append(kUnique);
     Descriptor descriptor(::mkostemp(aside.data(), O_CLOEXEC)); // made with mode 0600
     if (!descriptor.isOpen())
         return systemFailure(path);
-    if (writeAll(descriptor.get(), content) && ::fsync(descriptor.get()) == 0 && descriptor.close() &&
-        ::rename(aside.c_str(), path.c_str()) == 0)
+    if (writeAll(descriptor.get(), content) && (flush == Flush::later || ::fsync(descriptor.get()) == 0) &&
+        descriptor.close() && ::rename(aside.c_str(), path.c_str()) == 0)
         return {};
     auto failed = systemFailure(path);
     ::unlink(aside.c_str());
@@ -103,17 +112,39 @@ Result<void, FileError> createPrivateFolder(const fs::path& folder)
     return {};
 }
 
-Result<void, FileError> writeFileAtomically(const fs::path& path, std::string_view content)
+Result<void, FileError> writeFileAtomically(const fs::path& path, std::string_view content, Flush flush)
 {
     const auto target = targetOf(path);
-    const auto folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    const auto folder = folderOf(target);
     if (auto created = createPrivateFolder(folder); !created)
         return created;
-    if (auto replaced = replace(target, folder, content); !replaced)
+    if (auto replaced = replace(target, folder, content, flush); !replaced)
         return replaced;
-    if (!flushFolder(folder))
+    if (flush == Flush::now && !flushFolder(folder))
         return systemFailure(folder);
     return {};
+}
+
+std::optional<std::string> unfinishedWriteOf(std::string_view name)
+{
+    const auto dot = name.rfind('.');
+    const auto end = dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
+    if (dot < 2 || !name.starts_with('.') || end.size() != kUnique.size())
+        return std::nullopt;
+    // An editor's ".file.swp" and somebody's ".file.backup" look much the same.
+    const bool isUnique = std::all_of(end.begin(), end.end(), [](unsigned char c) { return std::isalnum(c) != 0; }) &&
+                          !std::all_of(end.begin(), end.end(), [](unsigned char c) { return std::islower(c) != 0; });
+    return isUnique ? std::optional(std::string(name.substr(1, dot - 1))) : std::nullopt;
+}
+
+void removeLeftovers(const fs::path& path)
+{
+    const auto target = targetOf(path);
+    std::error_code error;
+    for (const auto& file : fs::directory_iterator(folderOf(target), error)) {
+        if (unfinishedWriteOf(file.path().filename().string()) == target.filename().string())
+            fs::remove(file.path(), error);
+    }
 }
 
 Result<std::string, FileError> readWholeFile(const fs::path& path)

@@ -40,11 +40,14 @@ bool isTooDeep(std::string_view text)
     return false;
 }
 
-/// The library begins its messages with "[json.exception.parse_error.101] ", which tells nobody anything.
-std::string withoutCode(std::string_view message)
+/// The library begins its messages with "[json.exception.parse_error.101] ", which tells nobody anything, and quotes
+/// what it read last, which may be an API key or what somebody said.
+std::string plain(std::string_view message)
 {
-    const auto end = message.starts_with('[') ? message.find("] ") : std::string_view::npos;
-    return std::string(end == std::string_view::npos ? message : message.substr(end + 2));
+    const auto code = message.starts_with('[') ? message.find("] ") : std::string_view::npos;
+    if (code != std::string_view::npos)
+        message.remove_prefix(code + 2);
+    return std::string(message.substr(0, message.find("; last read: ")));
 }
 
 std::string joined(std::string_view key, std::string_view path)
@@ -70,7 +73,7 @@ Result<Json, JsonError> parseJson(std::string_view text)
     try {
         return Json::parse(text);
     } catch (const nlohmann::json::exception& e) {
-        return failure(JsonError{"", withoutCode(e.what())});
+        return failure(JsonError{"", plain(e.what())});
     }
 }
 

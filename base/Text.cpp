@@ -82,16 +82,6 @@ QString withoutOptionalMarks(const QString& text)
     return kept;
 }
 
-std::string asciiLowerCase(std::string_view text)
-{
-    std::string lower(text);
-    for (char& c : lower) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lower;
-}
-
 } // namespace
 
 std::string_view trimmedView(std::string_view utf8)
@@ -127,6 +117,19 @@ std::string cleanText(std::string_view text, char lineBreak)
         }
     }
     return clean.toStdString();
+}
+
+std::string asciiLowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), asciiLower);
+    return lower;
+}
+
+bool sameIgnoringCase(std::string_view left, std::string_view right)
+{
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](char a, char b) { return asciiLower(a) == asciiLower(b); });
 }
 
 std::string searchForm(std::string_view utf8)

@@ -1,5 +1,7 @@
 #include "base/Url.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -14,17 +16,12 @@ bool isUnreserved(char c)
            c == '_' || c == '~';
 }
 
-char lowered(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 /// Takes `prefix`, in any case, off the front.
 bool takePrefix(std::string_view& text, std::string_view prefix)
 {
     const bool starts = text.size() >= prefix.size() &&
                         std::equal(prefix.begin(), prefix.end(), text.begin(),
-                                   [](char expected, char actual) { return lowered(actual) == expected; });
+                                   [](char expected, char actual) { return asciiLower(actual) == expected; });
     if (starts)
         text.remove_prefix(prefix.size());
     return starts;

@@ -1,15 +1,13 @@
 #include "models/AIProviderType.h"
 
 #include "base/CaseName.h"
+#include "base/Text.h"
 
 namespace vocalith {
 
 std::string iconPath(AIProviderType type)
 {
-    std::string path = "ai_providers/";
-    for (const char c : caseName(type))
-        path += c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-    return path + ".png";
+    return "ai_providers/" + asciiLowerCase(caseName(type)) + ".png";
 }
 
 } // namespace vocalith

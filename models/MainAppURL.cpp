@@ -1,6 +1,7 @@
 #include "models/MainAppURL.h"
 
 #include "base/CaseName.h"
+#include "base/Text.h"
 #include "base/Url.h"
 
 #include <algorithm>
@@ -8,18 +9,12 @@
 namespace vocalith {
 namespace {
 
-bool isSame(std::string_view left, std::string_view right)
-{
-    const auto lowered = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return std::ranges::equal(left, right, {}, lowered, lowered);
-}
-
 std::optional<MainAppURL::Route> routeNamed(std::string_view name)
 {
     if (name.empty())
         return MainAppURL::Route::base;
     for (const auto route : kAllCases<MainAppURL::Route>) {
-        if (isSame(caseName(route), name))
+        if (sameIgnoringCase(caseName(route), name))
             return route;
     }
     return std::nullopt;
@@ -53,7 +48,7 @@ bool readParameters(std::string_view query, std::map<std::string, std::string>& 
 std::optional<MainAppURL> MainAppURL::parse(std::string_view url)
 {
     url = takeUntil(url, "#");
-    if (!isSame(url.substr(0, kScheme.size() + 1), std::string(kScheme) + ":"))
+    if (!sameIgnoringCase(url.substr(0, kScheme.size() + 1), std::string(kScheme) + ":"))
         return std::nullopt;
     url.remove_prefix(kScheme.size() + 1);
     auto place = takeUntil(url, "?");

@@ -1,22 +1,13 @@
 #include "models/TranscriptExport.h"
 
 #include "base/Json.h"
+#include "base/Text.h"
 #include "models/TranscriptExport_p.h"
 
 #include <array>
 
 namespace vocalith {
 namespace {
-
-std::string lowered(std::string_view text)
-{
-    std::string lower(text);
-    for (char& c : lower) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c + ('a' - 'A'));
-    }
-    return lower;
-}
 
 struct NamedFormat {
     std::string_view name;
@@ -102,7 +93,7 @@ std::string_view fileExtension(const ExportFormat& format)
 
 std::optional<ExportFormat> exportFormat(std::string_view name)
 {
-    const auto wanted = lowered(name);
+    const auto wanted = asciiLowerCase(name);
     for (const auto& known : kFormats) {
         if (known.name == wanted)
             return known.format;

@@ -1,5 +1,7 @@
 #include "models/WhisperLanguage.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 #include <array>
 
@@ -48,17 +50,6 @@ constexpr std::array<Entry, 101> kLanguages{{
     {"vi", "Vietnamese"},    {"yi", "Yiddish"},        {"yo", "Yoruba"},
     {"yue", "Cantonese"},    {"zh", "Chinese"},
 }};
-
-char lower(char character)
-{
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-bool sameIgnoringCase(std::string_view left, std::string_view right)
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return lower(a) == lower(b); });
-}
 
 const Entry& entryOf(WhisperLanguage language)
 {

@@ -105,58 +105,80 @@ Result<Command, int> transcribeCommand(TranscribeOptions options, const std::str
     return Command(std::move(options));
 }
 
+/// Every command with its options, and what was said of them.
+class Commands {
+public:
+    Commands()
+    {
+        m_app.set_version_flag("--version", "vocalith 0.1.0");
+        m_app.require_subcommand(0, 1); // so that a misspelt command is named before one is asked for
+        m_app.footer(kFooter);
+        m_models->require_subcommand(0, 1);
+        m_list->add_flag("--installed", m_parsed.models.installedOnly, "Only those that can be used now");
+        m_list->add_flag("--json", m_parsed.models.json, "Print the list as JSON");
+        m_doctor->add_flag("--json", m_parsed.doctor.json, "Print the findings as JSON");
+    }
+
+    CLI::App& app() { return m_app; }
+
+    Result<Command, int> chosen()
+    {
+        if (!isKnownLanguage(m_parsed.dictate.recognition) || !isKnownLanguage(m_parsed.transcribe.recognition) ||
+            !isKnownLanguage(m_history.recognition()))
+            return failure(static_cast<int>(exitUsage));
+        if (m_dictate->parsed())
+            return Command(std::move(m_parsed.dictate));
+        if (m_transcribe->parsed())
+            return transcribeCommand(std::move(m_parsed.transcribe), m_parsed.format);
+        if (m_list->parsed())
+            return Command(m_parsed.models);
+        if (m_doctor->parsed())
+            return Command(m_parsed.doctor);
+        if (m_history.isParsed()) {
+            auto options = m_history.options();
+            return options ? Result<Command, int>(*std::move(options)) : failure(complain(options.error()));
+        }
+        if (auto options = m_settings.options())
+            return Command(std::move(*options));
+        if (auto options = m_completion.options())
+            return Command(std::move(*options));
+        return failure(complain(whatIsMissing()));
+    }
+
+private:
+    const char* whatIsMissing() const
+    {
+        if (m_settings.parsed())
+            return "Say what to do with the settings: vocalith settings --help lists what can be done.";
+        return m_models->parsed() ? "Say what to do with the models: vocalith models list"
+                                  : "Say what to do: vocalith --help lists the commands.";
+    }
+
+    Parsed m_parsed;
+    CLI::App m_app{"Vocalith: speech becomes text, on this machine.", "vocalith"};
+    const CLI::App* m_dictate = addDictate(m_app, m_parsed.dictate);
+    const CLI::App* m_transcribe = addTranscribe(m_app, m_parsed.transcribe, m_parsed.format);
+    CLI::App* m_models = m_app.add_subcommand("models", "The voice models");
+    CLI::App* m_list = m_models->add_subcommand("list", "List the voice models and which of them can be used now");
+    CLI::App* m_doctor = m_app.add_subcommand("doctor", "Examine this machine and say what is missing");
+    HistoryCommandLine m_history{m_app};
+    SettingsCommandLine m_settings{m_app};
+    CompletionCommandLine m_completion{m_app};
+};
+
 } // namespace
 
 Result<Command, int> parseCommandLine(int argc, const char* const* argv)
 {
-    Parsed parsed;
-    CLI::App app("Vocalith: speech becomes text, on this machine.", "vocalith");
-    app.set_version_flag("--version", "vocalith 0.1.0");
-    app.require_subcommand(0, 1); // so that a misspelt command is named before one is asked for
-    app.footer(kFooter);
-    const auto* dictate = addDictate(app, parsed.dictate);
-    const auto* transcribe = addTranscribe(app, parsed.transcribe, parsed.format);
-    auto* models = app.add_subcommand("models", "The voice models");
-    models->require_subcommand(0, 1);
-    auto* list = models->add_subcommand("list", "List the voice models and which of them can be used now");
-    list->add_flag("--installed", parsed.models.installedOnly, "Only those that can be used now");
-    list->add_flag("--json", parsed.models.json, "Print the list as JSON");
-    auto* doctor = app.add_subcommand("doctor", "Examine this machine and say what is missing");
-    doctor->add_flag("--json", parsed.doctor.json, "Print the findings as JSON");
-    const HistoryCommandLine history(app);
-    const SettingsCommandLine settings(app);
-    const CompletionCommandLine completion(app);
-
+    Commands commands;
     try {
-        app.parse(argc, argv);
+        commands.app().parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         const bool isHelp = error.get_exit_code() == 0;
-        app.exit(error, std::cout, std::cerr);
+        commands.app().exit(error, std::cout, std::cerr);
         return failure(static_cast<int>(isHelp ? exitSuccess : exitUsage));
     }
-    if (!isKnownLanguage(parsed.dictate.recognition) || !isKnownLanguage(parsed.transcribe.recognition) ||
-        !isKnownLanguage(history.recognition()))
-        return failure(static_cast<int>(exitUsage));
-    if (dictate->parsed())
-        return Command(std::move(parsed.dictate));
-    if (transcribe->parsed())
-        return transcribeCommand(std::move(parsed.transcribe), parsed.format);
-    if (list->parsed())
-        return Command(parsed.models);
-    if (doctor->parsed())
-        return Command(parsed.doctor);
-    if (history.isParsed()) {
-        auto options = history.options();
-        return options ? Result<Command, int>(*std::move(options)) : failure(complain(options.error()));
-    }
-    if (auto options = settings.options())
-        return Command(std::move(*options));
-    if (auto options = completion.options())
-        return Command(std::move(*options));
-    if (settings.parsed())
-        return failure(complain("Say what to do with the settings: vocalith settings --help lists what can be done."));
-    return failure(complain(models->parsed() ? "Say what to do with the models: vocalith models list"
-                                             : "Say what to do: vocalith --help lists the commands."));
+    return commands.chosen();
 }
 
 } // namespace vocalith

@@ -58,7 +58,7 @@ Task<int> DictateCommand::dictate()
     std::vector<Subscription> controls;
     const auto finish = [&notifier, shortcut] { notifier.state.set(keyboard_activation::Completed{shortcut}); };
     const auto cancel = [&notifier] { notifier.escapeTriggered.emit(); };
-    controls.push_back(m_services.interrupts.interrupted.subscribe(cancel));
+    m_cancelling = m_services.interrupts.interrupted.subscribe(cancel);
     controls.push_back(m_services.interrupts.terminated.subscribe(finish));
     m_services.overlay.setKeyHint(m_options.audio ? "Ctrl-C cancels" : "Enter ends, Escape cancels");
     if (!m_options.audio) {
@@ -112,7 +112,7 @@ int DictateCommand::reportFailure(const dictation_outcome::Failed& failed)
         terminal.line(failed.detail);
     if (!failed.text.empty())
         terminal.line("The text was: " + failed.text);
-    if (failed.historyEntry && failed.text.empty())
+    if (failed.historyEntry && !failed.historyHasText)
         terminal.line("The recording is in the history. Try again with: " +
                       historyCommand("retry", *failed.historyEntry));
     else if (failed.historyEntry)

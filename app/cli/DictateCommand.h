@@ -3,6 +3,7 @@
 #include "app/cli/Options.h"
 #include "app/cli/TerminalInput.h"
 #include "app/cli/TerminalOverlay.h"
+#include "base/Observable.h"
 #include "base/Task.h"
 #include "core/audio/AudioRecordingManager.h"
 
@@ -44,6 +45,7 @@ private:
 
     const DictateOptions m_options;
     Services m_services;
+    Subscription m_cancelling; ///< serves beyond the run: what is still tidied up then can be cut short
 };
 
 } // namespace vocalith

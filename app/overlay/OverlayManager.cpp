@@ -45,7 +45,8 @@ OverlayManager::OverlayManager(OverlayManagerServices services, Logger logger)
 
 Task<void> OverlayManager::shutDown()
 {
-    cancel();
+    if (m_phase != Phase::idle)
+        cancel();
     co_await m_recordingSetupTask.untilEmpty();
     co_await m_stateHandlingTask.untilEmpty();
     co_await m_completionTask.untilEmpty();
@@ -239,6 +240,7 @@ Task<void> OverlayManager::conclude(PipelineOutcome outcome)
     const auto& entry = outcome.context.historyEntry;
     if (outcome.end == PipelineOutcome::End::failed) {
         dictation_outcome::Failed failed{.message = outcome.failure->message, .text = outcome.context.transcript};
+        failed.historyHasText = entry.has_value();
         if (entry)
             failed.historyEntry = entry->id;
         co_await endFailed(std::move(failed));
@@ -295,8 +297,12 @@ Task<void> OverlayManager::endFailed(dictation_outcome::Failed failed)
 
 void OverlayManager::cancel()
 {
-    if (m_phase == Phase::idle || m_phase == Phase::ending)
+    if (m_phase == Phase::ending)
         return;
+    if (m_phase == Phase::idle) {
+        m_cleanUpTask.requestStop(); // old entries can go another time
+        return;
+    }
     requestStop();
     m_cleanUpTask.start(unwind(dictation_outcome::Cancelled{}));
 }

@@ -4,6 +4,14 @@
 
 namespace vocalith {
 
+AudioRecordingFailure failureOf(const AudioInputError& error, AudioSource source)
+{
+    using Kind = AudioRecordingFailure::Kind;
+    if (source == AudioSource::systemAudio && error.kind == AudioInputError::Kind::unsupported)
+        return {Kind::systemAudioUnsupported};
+    return {Kind::input, error};
+}
+
 std::string userMessage(const AudioRecordingFailure& error)
 {
     using Kind = AudioRecordingFailure::Kind;

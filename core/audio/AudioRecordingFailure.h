@@ -28,6 +28,9 @@ struct AudioRecordingFailure {
     bool operator==(const AudioRecordingFailure&) const = default;
 };
 
+/// What it means for the recording that its source cannot be opened.
+AudioRecordingFailure failureOf(const AudioInputError& error, AudioSource source);
+
 /// The sentence that is shown to the user.
 std::string userMessage(const AudioRecordingFailure& error);
 

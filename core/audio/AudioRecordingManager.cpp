@@ -23,18 +23,6 @@ constexpr Duration kMeteringInterval = 30ms;
 constexpr Duration kRecordingInterval = 1s;
 constexpr double kBytesPerSecond = kAudioSampleRate * sizeof(std::int16_t);
 
-std::string fileName(const RecordingRequest& request)
-{
-    const char* prefix = "";
-    if (request.forKeyboardExtension)
-        prefix = "Vocalith-KeyboardExtension-";
-    else if (request.streaming)
-        prefix = "Vocalith-Stream-";
-    else if (request.mode == RecordingMode::systemAudio)
-        prefix = "Vocalith-SystemAudio-";
-    return prefix + request.id.toString() + ".wav";
-}
-
 /// The microphone first: it is there at once, and the other source's opening costs none of it.
 std::vector<AudioInputRequest> sourcesOf(const RecordingRequest& request)
 {
@@ -54,13 +42,6 @@ Failure<AudioRecordingFailure> failed(Kind kind)
 AudioRecordingFailure failureOf(const WavError& error)
 {
     return {error.kind == WavError::Kind::diskFull ? Kind::diskFull : Kind::recorderNotCreated};
-}
-
-AudioRecordingFailure failureOf(const AudioInputError& error, AudioSource source)
-{
-    if (source == AudioSource::systemAudio && error.kind == AudioInputError::Kind::unsupported)
-        return {Kind::systemAudioUnsupported};
-    return {Kind::input, error};
 }
 
 } // namespace
@@ -113,7 +94,10 @@ Result<void, AudioRecordingFailure> AudioRecordingManager::prepare(RecordingRequ
     }
     // Before the first sample, so that there is no moment in which a crash loses one.
     const auto batch = m_storage.batch();
-    m_storage.crashRecoveryInfo.set(AudioCrashRecoveryInfo{file.string(), kWavHeaderSize});
+    if (const auto stored = m_storage.crashRecoveryInfo.get(); stored != m_recoveryInfo)
+        m_earlierRecoveryInfo = stored;
+    m_recoveryInfo = AudioCrashRecoveryInfo{file.string(), kWavHeaderSize};
+    m_storage.crashRecoveryInfo.set(m_recoveryInfo);
     m_storage.storedIsRecording.set(true);
     m_starting = true;
     m_cancelsStart = false;
@@ -188,10 +172,10 @@ Task<Result<FinishedRecording, AudioRecordingFailure>> AudioRecordingManager::st
         co_return failed(Kind::noFile);
     const auto recording = endRecording();
     const auto finished = handOver(*recording);
-    if (finished)
-        co_return finished;
-    settle();
-    m_logger.error("Cannot finish recording: " + userMessage(finished.error()));
+    if (!finished) {
+        settle();
+        m_logger.error("Cannot finish recording: " + userMessage(finished.error()));
+    }
     co_return finished;
 }
 
@@ -270,7 +254,10 @@ void AudioRecordingManager::setStreamingFile(std::optional<fs::path> file)
 
 void AudioRecordingManager::settle()
 {
-    m_storage.crashRecoveryInfo.set(std::nullopt);
+    const auto own = std::exchange(m_recoveryInfo, std::nullopt);
+    const auto earlier = std::exchange(m_earlierRecoveryInfo, std::nullopt);
+    if (own && m_storage.crashRecoveryInfo.get() == own)
+        m_storage.crashRecoveryInfo.set(earlier);
 }
 
 void AudioRecordingManager::forget(const AudioCrashRecoveryInfo& info)
@@ -278,6 +265,8 @@ void AudioRecordingManager::forget(const AudioCrashRecoveryInfo& info)
     const auto batch = m_storage.batch();
     if (m_storage.crashRecoveryInfo.get() == info)
         m_storage.crashRecoveryInfo.set(std::nullopt);
+    if (m_earlierRecoveryInfo == info)
+        m_earlierRecoveryInfo.reset();
     if (!m_recording)
         m_storage.storedIsRecording.set(false);
 }
@@ -389,10 +378,10 @@ Task<Result<RecoveredRecording, RecordingRecoveryFailure>> AudioRecordingManager
         co_return failure(RecordingRecoveryFailure::cancelled);
     const auto& recovered = *outcome;
     if (!recovered) {
-        if (recovered.error() == RecordingRecoveryFailure::fileMissing ||
-            recovered.error() == RecordingRecoveryFailure::empty)
+        const auto why = recovered.error();
+        if (why == RecordingRecoveryFailure::fileMissing || why == RecordingRecoveryFailure::empty)
             forget(info);
-        co_return failure(recovered.error());
+        co_return failure(why);
     }
     co_return RecoveredRecording{recovered->id, audioFile(recovered->path, recovered->duration, recovered->size)};
 }

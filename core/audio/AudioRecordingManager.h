@@ -74,8 +74,9 @@ public:
     /// Ends the recording and hands its file over. While the sources are being opened, it waits for them. Without audio
     /// there is no file any more. The recovery information stays until `settle`.
     Task<Result<FinishedRecording, AudioRecordingFailure>> stop();
-    /// The audio of the recording that was stopped is needed no more, or its owner knows where it is: from now on an
-    /// abnormal end of the program leaves nothing to recover.
+    /// The audio of the recording that was stopped is needed no more, or its owner knows where it is: an abnormal end
+    /// of the program from now on leaves nothing of it to recover. What an earlier program left, and could not be
+    /// recovered before this recording, waits again for its turn.
     void settle();
     /// Ends the recording, if there is one, and removes its file. A `start` that still waits yields `cancelled`.
     Task<void> cancel();
@@ -144,6 +145,8 @@ private:
     const Logger m_logger;
 
     std::unique_ptr<Recording> m_recording;
+    std::optional<AudioCrashRecoveryInfo> m_recoveryInfo;        ///< of the recording, until it is settled
+    std::optional<AudioCrashRecoveryInfo> m_earlierRecoveryInfo; ///< that was stored before it
     bool m_starting = false;
     bool m_cancelsStart = false;
     std::vector<OneShot<std::monostate>::Resolver> m_startWaiters;

@@ -31,6 +31,7 @@ struct Failed {
     std::string detail{};                             ///< the cause and what to do, for people; may be empty
     std::optional<std::filesystem::path> recording{}; ///< where the audio was kept
     std::optional<Uuid> historyEntry{};               ///< the entry of the history that has what was kept
+    bool historyHasText = false;                      ///< that entry has the words too
     std::string text{};                               ///< the words, when the failure came after recognition
     bool noSpeech = false;
     bool operator==(const Failed&) const = default;

@@ -21,10 +21,18 @@ Failure<HistoryActionError> failed(Kind kind, std::string detail = {})
     return failure(HistoryActionError{kind, std::move(detail)});
 }
 
-Failure<HistoryActionError> failed(const HistoryError& error)
+HistoryActionError errorOf(const HistoryError& error)
 {
-    return error.kind == HistoryError::Kind::cancelled ? failed(Kind::cancelled)
-                                                       : failed(Kind::entry, userMessage(error));
+    if (error.kind == HistoryError::Kind::cancelled)
+        return {Kind::cancelled};
+    return {Kind::entry, userMessage(error)};
+}
+
+/// The words that there are by now go with the error.
+Failure<HistoryActionError> failed(HistoryActionError error, std::string text)
+{
+    error.text = std::move(text);
+    return failure(std::move(error));
 }
 
 Failure<HistoryActionError> failed(SessionError error)
@@ -211,7 +219,7 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::keepTransc
 {
     auto entry = co_await find(entryID); // it may have changed while its recording was transcribed
     if (!entry)
-        co_return failure(std::move(entry.error()));
+        co_return failed(std::move(entry.error()), plainText(transcript));
     auto changed = withTranscript(*std::move(entry), std::move(transcript), Uuid::random(), m_clock.now());
     co_return co_await keep(std::move(changed));
 }
@@ -255,9 +263,9 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::keepTransf
 {
     auto entry = co_await find(entryID);
     if (!entry)
-        co_return failure(std::move(entry.error()));
+        co_return failed(std::move(entry.error()), std::move(transform.finalText));
     if (!setTransform(*entry, transform))
-        co_return failed(Kind::noText);
+        co_return failed(HistoryActionError{Kind::noText}, std::move(transform.finalText));
     co_return co_await keep(*std::move(entry));
 }
 
@@ -265,7 +273,7 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::find(Uuid 
 {
     auto entry = co_await m_history.entry(entryID);
     if (!entry)
-        co_return failed(entry.error());
+        co_return failure(errorOf(entry.error()));
     co_return *std::move(entry);
 }
 
@@ -275,7 +283,7 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::keep(Histo
     auto writing = m_history.isEnabled() ? m_history.upsert(entry) : m_history.store()->upsert(entry);
     const auto kept = co_await writing;
     if (!kept)
-        co_return failed(kept.error());
+        co_return failed(errorOf(kept.error()), finalText(entry));
     co_return entry;
 }
 

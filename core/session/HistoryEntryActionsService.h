@@ -30,6 +30,8 @@ struct HistoryActionError {
     Kind kind = Kind::cancelled;
     std::string detail{};
     SessionError recognition{};
+    /// The words that the action had yielded when its entry could not be written. Nothing else has them.
+    std::string text{};
     bool operator==(const HistoryActionError&) const = default;
 };
 
@@ -66,6 +68,7 @@ private:
     Task<Outcome> keepTranscript(Uuid entryID, TranscriptionData transcript);
     Task<Outcome> rewrite(Uuid entryID, AIPrompt prompt);
     Task<Outcome> keepTransform(Uuid entryID, AITransform transform);
+    /// An error bears the entry's text: it is nowhere else.
     Task<Outcome> keep(HistoryEntry entry);
     Task<Outcome> find(Uuid entryID);
     Task<Result<void, HistoryActionError>> takeEngine();

@@ -252,7 +252,9 @@ void AudioServer::addSink(const std::string& name)
     const auto module = pactl({"load-module", "module-null-sink", "sink_name=" + name, "rate=16000", "channels=1",
                                "sink_properties=device.description=" + name + "-description"});
     m_modules.emplace_back(name, module);
-    waitUntil([&] { return pactl({"list", "short", "sources"}).find("\t" + name + ".monitor\t") != std::string::npos; });
+    waitUntil([&] {
+        return pactl({"list", "short", "sources"}).find("\t" + name + ".monitor\t") != std::string::npos;
+    });
 }
 
 void AudioServer::remove(const std::string& name)

@@ -44,11 +44,8 @@ CompletionCommandLine::CompletionCommandLine(CLI::App& app)
                       "fish:  vocalith completion fish > ~/.config/fish/completions/vocalith.fish");
     m_command->add_option("shell", m_shell, "bash, zsh or fish")
         ->required()
-        ->transform(CLI::Transformer(shells(), CLI::ignore_case).description(""))
         ->check([](const std::string& shell) {
-            return shells().contains(shell) || shell.size() == 1
-                       ? ""
-                       : "There is none for \"" + shell + "\". Use bash, zsh or fish.";
+            return shells().contains(shell) ? "" : "There is none for \"" + shell + "\". Use bash, zsh or fish.";
         })
         ->type_name("SHELL");
 }
@@ -57,7 +54,7 @@ std::optional<CompletionOptions> CompletionCommandLine::options() const
 {
     if (!m_command->parsed())
         return std::nullopt;
-    CompletionOptions options{m_shell, {}};
+    CompletionOptions options{shells().at(m_shell), {}};
     collect(m_app, "", options.commands);
     return options;
 }

@@ -3,6 +3,7 @@
 #include "app/cli/completion/CompletionOptions.h"
 
 #include <optional>
+#include <string>
 
 namespace CLI {
 class App;
@@ -21,7 +22,7 @@ public:
 private:
     CLI::App& m_app;
     CLI::App* m_command;
-    Shell m_shell = Shell::bash;
+    std::string m_shell;
 };
 
 } // namespace vocalith

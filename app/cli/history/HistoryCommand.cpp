@@ -2,7 +2,7 @@
 
 #include "app/cli/ExitCode.h"
 #include "app/cli/TerminalInput.h"
-#include "app/cli/history/HistorySubcommands.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
 
 namespace vocalith {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/cli/history/HistoryOptions.h"
-#include "app/cli/history/HistoryServices.h"
+#include "app/cli/history/commands/HistoryServices.h"
 #include "base/TaskScope.h"
 
 namespace vocalith {

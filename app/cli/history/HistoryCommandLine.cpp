@@ -1,6 +1,6 @@
 #include "app/cli/history/HistoryCommandLine.h"
 
-#include "app/cli/history/HistoryDates.h"
+#include "app/cli/history/text/HistoryDates.h"
 
 #include <CLI/CLI.hpp>
 

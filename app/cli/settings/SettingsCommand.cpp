@@ -2,7 +2,7 @@
 
 #include "app/cli/ExitCode.h"
 #include "app/cli/ModelReport.h"
-#include "app/cli/NearestWord.h"
+#include "app/cli/text/NearestWord.h"
 #include "app/cli/Terminal.h"
 #include "app/cli/settings/SettingSecrets.h"
 #include "app/cli/settings/SettingsExchange.h"
@@ -10,6 +10,7 @@
 #include "base/AtomicFile.h"
 #include "base/Json.h"
 #include "core/storage/settings/PersistentAppStorage.h"
+#include "core/storage/settings/rules/SettingWords.h"
 
 #include <fmt/format.h>
 
@@ -63,7 +64,9 @@ std::string lines(const std::vector<std::string>& words)
 
 SettingsCommand::SettingsCommand(PersistentAppStorage& storage, const ModelReport& models, Terminal& terminal)
     : m_storage(storage), m_models(models), m_terminal(terminal)
-{}
+{
+    m_storage.leaveFailedWrites(); // `stored` says what a one-off command has to say of them
+}
 
 int SettingsCommand::run(const SettingsOptions& options)
 {
@@ -87,6 +90,8 @@ int SettingsCommand::run(const SettingsGet& options)
     const auto* setting = find(options.key);
     if (!setting)
         return exitUsage;
+    if (m_storage.isUnreadable(*setting))
+        m_terminal.line(fmt::format("{} holds something that this version cannot read.", setting->key()));
     Json value = setting->json();
     if (setting->holdsSecrets() && !options.showSecrets)
         value = withMaskedKeys(std::move(value));
@@ -124,16 +129,18 @@ Result<void, std::string> SettingsCommand::change(AnySetting& setting, std::stri
     auto value = setting.parse(text);
     if (!value)
         return failure(value.error() + meant(nearestWord(text, setting.words())));
+    std::vector<std::string> keyless;
     if (setting.holdsSecrets()) {
         auto completed = withCurrentKeys(std::move(*value), setting.json());
         if (!completed)
             return failure(completed.error());
-        for (const auto& kind : completed->keyless)
-            m_terminal.line(fmt::format("{} has no API key yet.", kind));
         *value = std::move(completed->providers);
+        keyless = std::move(completed->keyless);
     }
     if (auto checked = setting.check(*value); !checked)
         return checked;
+    for (const auto& kind : keyless)
+        m_terminal.line(fmt::format("{} has no API key yet.", kind));
     setting.assign(*value);
     return {};
 }
@@ -147,8 +154,8 @@ Result<std::string, std::string> SettingsCommand::model(const std::string& text)
         ids.push_back(row.id);
     if (std::find(ids.begin(), ids.end(), wanted) != ids.end())
         return wanted;
-    return failure(fmt::format("There is no voice model \"{}\".{} \"vocalith models list\" shows which there are.",
-                               text, meant(nearestWord(text, ids))));
+    return failure(fmt::format("There is no voice model {}.{} \"vocalith models list\" shows which there are.",
+                               inQuotes(text), meant(nearestWord(text, ids))));
 }
 
 int SettingsCommand::run(const SettingsReset& options)
@@ -161,13 +168,10 @@ int SettingsCommand::run(const SettingsReset& options)
         chosen.push_back(setting);
     }
     if (options.all)
-        std::copy_if(
-            m_storage.settings().begin(), m_storage.settings().end(), std::back_inserter(chosen),
-            [this](const auto* setting) { return setting->isChoice() && m_storage.storedEntry(setting->key()); });
+        std::copy_if(m_storage.settings().begin(), m_storage.settings().end(), std::back_inserter(chosen),
+                     [](const auto* setting) { return setting->isChoice(); });
     else if (chosen.empty())
         return complain("Say which settings to reset, or --all for all of them.", exitUsage);
-    if (chosen.empty())
-        return exitSuccess;
     {
         const auto batch = m_storage.batch();
         for (auto* setting : chosen)
@@ -178,6 +182,8 @@ int SettingsCommand::run(const SettingsReset& options)
 
 int SettingsCommand::run(const SettingsExport& options)
 {
+    if (m_storage.whyNotRead())
+        return complain("Nothing was exported.", exitFailure); // why is said already
     const auto exported = exportSettings(m_storage, options.showSecrets);
     const std::string text = dumpJson(exported.entries, kIndent) + '\n';
     for (const auto& notice : exported.notices)
@@ -185,6 +191,8 @@ int SettingsCommand::run(const SettingsExport& options)
     if (options.file.empty() || options.file == "-")
         return print(text);
     std::error_code ignored;
+    if (fs::exists(options.file, ignored) && !fs::is_regular_file(options.file, ignored))
+        return complain(fmt::format("\"{}\" is not a file that can be replaced.", options.file.string()), exitUsage);
     if (fs::exists(options.file, ignored) && !options.force)
         return complain(fmt::format("\"{}\" exists. Add --force to replace it.", options.file.string()), exitUsage);
     if (const auto written = writeFileAtomically(options.file, text); !written)
@@ -221,8 +229,8 @@ AnySetting* SettingsCommand::find(const std::string& key)
 {
     auto* setting = m_storage.find(key);
     if (!setting)
-        complain(fmt::format("There is no setting \"{}\".{} \"vocalith settings list\" shows which there are.", key,
-                             meant(nearestWord(key, keysOf(m_storage)))),
+        complain(fmt::format("There is no setting {}.{} \"vocalith settings list\" shows which there are.",
+                             inQuotes(key), meant(nearestWord(key, keysOf(m_storage)))),
                  exitUsage);
     return setting;
 }

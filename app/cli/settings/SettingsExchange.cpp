@@ -10,15 +10,6 @@
 namespace vocalith {
 namespace {
 
-/// Whether part of the entry cannot be read by this version.
-bool isIncomplete(const Json& stored, const AnySetting& setting)
-{
-    const Json value = setting.json();
-    if (stored.is_array() && value.is_array())
-        return stored.size() != value.size();
-    return !setting.check(stored);
-}
-
 void examineKnown(AnySetting& setting, const Json& value, SettingsToImport& found, std::vector<std::string>& faults)
 {
     const auto& key = setting.key();
@@ -53,14 +44,17 @@ ExportedSettings exportSettings(const PersistentAppStorage& storage, bool showSe
     ExportedSettings exported;
     exported.entries = Json{{kSettingsVersionKey, storage.settingsVersion.get().value_or(kSettingsVersion)}};
     for (const auto* setting : storage.settings()) {
-        const auto stored = storage.storedEntry(setting->key());
-        if (!stored || !setting->isChoice())
+        if (!storage.isStored(*setting) || !setting->isChoice())
             continue;
-        if (isIncomplete(*stored, *setting))
+        Json value = setting->json();
+        if (storage.isUnreadable(*setting)) {
             exported.notices.push_back(
                 fmt::format("{} holds something that this version cannot read; that is left out.", setting->key()));
+            if (!value.is_array() || value.empty())
+                continue; // it would be the default, which nobody chose
+        }
         const bool isHidden = setting->holdsSecrets() && !showSecrets;
-        exported.entries[setting->key()] = isHidden ? withoutKeys(setting->json()) : setting->json();
+        exported.entries[setting->key()] = isHidden ? withoutKeys(std::move(value)) : std::move(value);
     }
     const Json unknown = storage.unknownEntries();
     for (const auto& [key, value] : unknown.items()) {

@@ -1,5 +1,6 @@
 #include "app/cli/settings/SettingsTable.h"
 
+#include "app/cli/text/ColumnText.h"
 #include "app/cli/settings/SettingSecrets.h"
 #include "base/Text.h"
 #include "core/storage/settings/PersistentAppStorage.h"
@@ -13,33 +14,18 @@ namespace {
 
 constexpr std::size_t kWidestValue = 60;
 
-std::size_t characters(const std::string& utf8)
-{
-    return static_cast<std::size_t>(std::count_if(
-        utf8.begin(), utf8.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
 /// On one line, and not too long for a table.
 std::string shortened(const std::string& text)
 {
-    if (text.empty())
-        return "\"\"";
-    std::string line = cleanText(text, ' ');
-    if (characters(line) <= kWidestValue)
-        return line;
-    std::size_t end = 0;
-    for (std::size_t count = 0; count < kWidestValue; ++count) {
-        ++end;
-        while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U)
-            ++end;
-    }
-    return line.substr(0, end) + "…";
+    return text.empty() ? "\"\"" : fitted(cleanText(text, ' '), kWidestValue);
 }
 
 std::string noteOf(const SettingRow& row)
 {
     if (!row.isKnown)
         return "unknown to this version";
+    if (!row.isReadable)
+        return "what is stored cannot be read in full";
     return row.isDefault ? "default" : "";
 }
 
@@ -51,6 +37,7 @@ std::vector<SettingRow> settingRows(const PersistentAppStorage& storage, bool sh
     for (const auto* setting : storage.settings()) {
         SettingRow row{setting->key(), setting->text(), setting->json(), setting->description()};
         row.isDefault = row.value == setting->defaultJson();
+        row.isReadable = !storage.isUnreadable(*setting);
         if (setting->holdsSecrets() && !showSecrets) {
             row.value = withMaskedKeys(row.value);
             row.text = dumpJson(row.value);
@@ -60,9 +47,9 @@ std::vector<SettingRow> settingRows(const PersistentAppStorage& storage, bool sh
     const Json unknown = storage.unknownEntries();
     for (const auto& [key, value] : unknown.items()) {
         if (showSecrets)
-            rows.push_back({key, dumpJson(value), value, "", false, false});
+            rows.push_back({key, dumpJson(value), value, "", false, true, false});
         else
-            rows.push_back({key, "(shown with --show-secrets)", nullptr, "", false, false});
+            rows.push_back({key, "(shown with --show-secrets)", nullptr, "", false, true, false});
     }
     return rows;
 }
@@ -72,14 +59,14 @@ std::string settingsTable(const std::vector<SettingRow>& rows)
     std::size_t keyWidth = 0;
     std::size_t valueWidth = 0;
     for (const auto& row : rows) {
-        keyWidth = std::max(keyWidth, characters(row.key));
-        valueWidth = std::max(valueWidth, characters(shortened(row.text)));
+        keyWidth = std::max(keyWidth, columnsOf(row.key));
+        valueWidth = std::max(valueWidth, columnsOf(shortened(row.text)));
     }
     std::string table;
     for (const auto& row : rows) {
         const auto value = shortened(row.text);
         const auto note = noteOf(row);
-        const std::string gap(note.empty() ? 0 : valueWidth - characters(value) + 2, ' ');
+        const std::string gap(note.empty() ? 0 : valueWidth - columnsOf(value) + 2, ' ');
         table += fmt::format("{:<{}}  {}{}{}\n", row.key, keyWidth, value, gap, note);
     }
     return table;
@@ -92,6 +79,7 @@ Json settingsJson(const std::vector<SettingRow>& rows)
         list.push_back({{"key", row.key},
                         {"value", row.value},
                         {"isDefault", row.isDefault},
+                        {"isReadable", row.isReadable},
                         {"isKnown", row.isKnown},
                         {"type", row.type}});
     return list;

@@ -16,7 +16,8 @@ struct SettingRow {
     Json value;
     std::string type; ///< which values there are, for people
     bool isDefault = true;
-    bool isKnown = true; ///< false for an entry of another version of the program
+    bool isReadable = true; ///< false when what is stored cannot be read, or not all of it
+    bool isKnown = true;    ///< false for an entry of another version of the program
 };
 
 /// Every setting in its order, then the entries that this version does not know. Without `showSecrets` API keys are

@@ -17,4 +17,10 @@ WhisperSettings readWhisperSettings(const PersistentAppStorage& storage)
     return settings;
 }
 
+std::filesystem::path modelsFolder(const PersistentAppStorage& storage, const std::filesystem::path& usual)
+{
+    const auto& chosen = storage.customModelsFolderBookmark.get();
+    return chosen && !chosen->empty() ? std::filesystem::path(std::string(chosen->begin(), chosen->end())) : usual;
+}
+
 } // namespace vocalith

@@ -2,6 +2,7 @@
 
 #include "models/WhisperLanguage.h"
 
+#include <filesystem>
 #include <string>
 
 namespace vocalith {
@@ -23,5 +24,8 @@ struct WhisperSettings {
 
 /// The settings as they stand. A stored language that the models do not know counts as automatic.
 WhisperSettings readWhisperSettings(const PersistentAppStorage& storage);
+
+/// The folder that holds the models: the one that the user chose, or `usual`.
+std::filesystem::path modelsFolder(const PersistentAppStorage& storage, const std::filesystem::path& usual);
 
 } // namespace vocalith

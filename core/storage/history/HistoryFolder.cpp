@@ -22,7 +22,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kExtension = ".json";
-constexpr std::size_t kIdLength = 36;
 constexpr int kIndent = 2; // people look into their history, and keep it under version control
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::int64_t kLeftoverAge = 24 * 60 * 60; // seconds; a younger one may still be being written
@@ -70,12 +69,10 @@ bool isEntryFile(std::string_view name)
     return name.size() > kExtension.size() && name.ends_with(kExtension) && name.front() != '.';
 }
 
-/// ".<identifier>.json.XXXXXX", as an atomic write names what it has not finished.
 bool isLeftover(std::string_view name)
 {
-    constexpr std::size_t kSuffix = 7;
-    return name.size() == 1 + kIdLength + kExtension.size() + kSuffix && name.front() == '.' &&
-           Uuid::parse(name.substr(1, kIdLength)) && name.substr(1 + kIdLength, kExtension.size()) == kExtension;
+    const auto of = unfinishedWriteOf(name);
+    return of && isEntryFile(*of) && Uuid::parse(of->substr(0, of->size() - kExtension.size()));
 }
 
 /// Calls `visit` with the name of everything in the folder. False when the folder cannot be read.

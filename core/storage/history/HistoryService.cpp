@@ -119,7 +119,7 @@ Task<Result<HistoryEntry, Error>> HistoryService::entry(Uuid id)
 void HistoryService::show(const HistoryEntry& entry)
 {
     auto shown = m_filteredEntries.get();
-    const bool isNew = std::erase_if(shown, [&](const auto& other) { return other.id == entry.id; }) == 0;
+    const bool wasShown = std::erase_if(shown, [&](const auto& other) { return other.id == entry.id; }) > 0;
     const bool newestFirst = m_currentFilter.sortOrder == HistorySortOrder::newestFirst;
     const auto comesBefore = [newestFirst](const HistoryEntry& one, const HistoryEntry& other) {
         return newestFirst ? one.creationDate > other.creationDate : one.creationDate < other.creationDate;
@@ -130,8 +130,10 @@ void HistoryService::show(const HistoryEntry& entry)
     if (isLoaded && passes(m_currentFilter, entry))
         shown.insert(place, entry);
     m_filteredEntries.set(std::move(shown));
-    if (isNew)
+    if (!wasShown && m_lastInserted != entry.id) { // a dictation is written several times
+        m_lastInserted = entry.id;
         newEntryInserted.emit(entry.id);
+    }
 }
 
 void HistoryService::hide(const std::vector<Uuid>& ids)
@@ -165,9 +167,9 @@ Task<Result<void, Error>> HistoryService::loadMore()
 /// nothing.
 Task<Result<void, Error>> HistoryService::load(std::size_t size, bool isContinuation)
 {
+    const auto generation = ++m_loadGeneration;
     if (!store())
         co_return failure(m_storeFailure);
-    const auto generation = ++m_loadGeneration;
     HistoryPageRequest request{m_currentFilter, isContinuation ? m_pagingCursor : std::nullopt, size};
     auto page = co_await m_store->page(std::move(request));
     if (!page)

@@ -90,6 +90,7 @@ private:
     HistoryFilter m_currentFilter;
     std::optional<HistoryCursor> m_pagingCursor;
     bool m_hasLoaded = false;
+    std::optional<Uuid> m_lastInserted;
     std::uint64_t m_loadGeneration = 0;
     TaskScope m_background;
     Subscription m_fileChanges;

@@ -119,20 +119,10 @@ Task<Result<std::vector<UnreadableEntry>, Error>> HistoryStore::unreadable()
     co_return co_await perform(std::move(job));
 }
 
-Task<Result<void, Error>> HistoryStore::refreshIfNeeded()
-{
-    if (!needsRefresh())
-        co_return Result<void, Error>();
-    const auto refreshed = co_await refresh();
-    if (!refreshed)
-        co_return failure(refreshed.error());
-    co_return Result<void, Error>();
-}
-
 Task<Result<HistoryDeletion, Error>> HistoryStore::remove(std::vector<Uuid> ids)
 {
-    // Whether a recording has other users is known only once all files are.
-    const auto ready = co_await refreshIfNeeded();
+    // Whether a recording has other users is known only once all files are, also those that others have put there.
+    const auto ready = co_await refresh();
     if (!ready)
         co_return failure(ready.error());
     HistoryDeletion done;
@@ -156,7 +146,7 @@ Task<Result<HistoryDeletion, Error>> HistoryStore::removeAll()
 
 Task<Result<HistoryDeletion, Error>> HistoryStore::removeCreatedBefore(Date date)
 {
-    const auto ready = co_await refreshIfNeeded();
+    const auto ready = co_await refresh();
     if (!ready)
         co_return failure(ready.error());
     struct Progress {

@@ -79,7 +79,6 @@ private:
 
     template <class Job>
     auto perform(Job job) -> Task<Result<std::invoke_result_t<Job&, HistoryArchive&>, Error>>;
-    Task<Result<void, Error>> refreshIfNeeded();
     Task<Result<Pass, Error>> refreshOnce(std::optional<std::vector<std::string>> days);
     Task<Result<bool, Error>> refreshUntilWhole(std::optional<std::vector<std::string>> days);
 

@@ -11,6 +11,14 @@
 #include <thread>
 
 namespace vocalith {
+namespace {
+
+std::optional<std::string> textOf(const std::optional<FileError>& error)
+{
+    return error ? std::optional(toString(*error)) : std::nullopt;
+}
+
+} // namespace
 
 PersistentAppStorage::PersistentAppStorage(std::filesystem::path settingsFile, const Clock& clock, Logger logger,
                                            std::string locale)
@@ -42,10 +50,15 @@ AnySetting* PersistentAppStorage::find(const std::string& key) const
     return found == all.end() ? nullptr : *found;
 }
 
-std::optional<Json> PersistentAppStorage::storedEntry(const std::string& key) const
+bool PersistentAppStorage::isStored(const AnySetting& setting) const
 {
-    const auto* entry = m_file->find(key);
-    return entry ? std::optional(*entry) : std::nullopt;
+    return m_file->find(setting.key());
+}
+
+bool PersistentAppStorage::isUnreadable(const AnySetting& setting) const
+{
+    const auto* entry = m_file->find(setting.key());
+    return entry && !setting.check(*entry);
 }
 
 Json PersistentAppStorage::unknownEntries() const
@@ -65,13 +78,22 @@ void PersistentAppStorage::storeUnknownEntry(const std::string& key, Json value)
 
 std::optional<std::string> PersistentAppStorage::whyNotStored() const
 {
-    const auto& error = m_file->writeError();
-    return error ? std::optional(toString(*error)) : std::nullopt;
+    return textOf(m_file->writeError());
+}
+
+std::optional<std::string> PersistentAppStorage::whyNotRead() const
+{
+    return textOf(m_file->readError());
 }
 
 void PersistentAppStorage::showProblems(Notices& notices)
 {
     m_file->setListener([&notices](const std::string& sentence) { notices.show(sentence); });
+}
+
+void PersistentAppStorage::leaveFailedWrites()
+{
+    m_file->leaveFailedWrites();
 }
 
 int PersistentAppStorage::defaultWhisperThreads()

@@ -137,16 +137,23 @@ public:
     const std::vector<AnySetting*>& settings() const;
     /// The setting with that key, or nullptr.
     AnySetting* find(const std::string& key) const;
-    /// What the file holds under the key, in its stored form.
-    std::optional<Json> storedEntry(const std::string& key) const;
+    /// Whether the file has an entry for it.
+    bool isStored(const AnySetting& setting) const;
+    /// Whether its entry, or an element of a list, cannot be read by this version.
+    bool isUnreadable(const AnySetting& setting) const;
     /// The entries of the file that no setting here stands for, those of a newer version for instance.
     Json unknownEntries() const;
     void storeUnknownEntry(const std::string& key, Json value);
     /// Why what was set last is not in the file: "/path: No space left on device". Nothing when it is.
     std::optional<std::string> whyNotStored() const;
 
+    /// Why the file could not be read: the defaults hold. Nothing when it could, or there is none.
+    std::optional<std::string> whyNotRead() const;
+
     /// Says there what has been found wrong with the settings file, and from now on whatever else goes wrong with it.
     void showProblems(Notices& notices);
+    /// From now on failed writes are not among them: whoever sets something asks `whyNotStored`.
+    void leaveFailedWrites();
 
 private:
     static constexpr int kMostThreads = 256;

@@ -67,7 +67,7 @@ std::optional<Json> jsonFromWord(const std::string& word)
     else if constexpr (JsonInteger<T> || std::same_as<T, float>)
         return numberFromWord(word);
     else if constexpr (std::same_as<T, std::string> || std::same_as<T, Uuid>)
-        return Json(word);
+        return isText(word) ? std::optional<Json>(word) : std::nullopt;
     else if constexpr (std::same_as<T, Date>)
         return stored(dateFromWord(word));
     else if constexpr (std::same_as<T, Data>)
@@ -103,6 +103,12 @@ std::string wordOf(const T& value)
         return dumpJson(toJson(value));
 }
 
+/// The value that a rule refuses, for a message.
+inline std::string shown(const Json& value)
+{
+    return value.is_string() ? inQuotes(value.get_ref<const std::string&>()) : dumpJson(value);
+}
+
 } // namespace detail
 
 template <class T>
@@ -131,7 +137,7 @@ T Setting<T>::read() const
         return std::move(*value);
     auto kept = m_rule.kept(*value);
     if (!kept)
-        report(dumpJson(*stored) + " is not " + description());
+        report(detail::shown(*stored) + " is not " + description());
     return std::move(kept).value_or(m_fallback);
 }
 
@@ -145,7 +151,7 @@ Result<T, std::string> Setting<T>::decoded(const Json& value) const
         return std::move(*read);
     auto kept = m_rule.kept(*read);
     if (!kept)
-        return failure(dumpJson(value) + " is not " + description() + ".");
+        return failure(detail::shown(value) + " is not " + description() + ".");
     return std::move(*kept);
 }
 
@@ -191,7 +197,7 @@ Result<Json, std::string> Setting<T>::parse(const std::string& text) const
     if (auto simple = detail::jsonFromWord<T>(text))
         return std::move(*simple);
     if (!detail::kIsStructured<T>)
-        return failure("\"" + text + "\" is not " + description() + ".");
+        return failure(inQuotes(text) + " is not " + description() + ".");
     return parseJson(text).map_error(
         [this](const JsonError& error) { return "The value is not " + description() + ": " + toString(error) + "."; });
 }

@@ -7,10 +7,9 @@
 #include "tests/support/MainLoop.h"
 #include "tests/support/ScriptedWhisperModel.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/program/ProgramRun.h"
 
 #include <gtest/gtest.h>
-
-#include <QProcess>
 
 #include <csignal>
 #include <memory>
@@ -20,45 +19,6 @@ using namespace vocalith::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-struct Ended {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
-
-/// One run of the program that may still go on.
-class ProgramRun {
-public:
-    ProgramRun(const fs::path& home, const std::vector<std::string>& arguments, const std::string& pulseServer = {},
-               const QString& standardOutput = {})
-    {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("VOCALITH_HOME", QString::fromStdString(home.string()));
-        environment.insert("OMP_WAIT_POLICY", "passive");
-        environment.insert("PULSE_SERVER", QString::fromStdString(
-                                               pulseServer.empty() ? "unix:" + (home / "none").string() : pulseServer));
-        m_process.setProcessEnvironment(environment);
-        if (!standardOutput.isEmpty())
-            m_process.setStandardOutputFile(standardOutput);
-        QStringList list;
-        for (const auto& argument : arguments)
-            list << QString::fromStdString(argument);
-        m_process.start(VOCALITH_PROGRAM, list);
-    }
-
-    QProcess& process() { return m_process; }
-    Ended wait()
-    {
-        // A whole recognition, on a machine that may be busy with other tests.
-        runUntil([this] { return m_process.state() == QProcess::NotRunning; }, std::chrono::minutes(3));
-        return {m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1,
-                m_process.readAllStandardOutput().toStdString(), m_process.readAllStandardError().toStdString()};
-    }
-
-private:
-    QProcess m_process;
-};
 
 class Program : public testing::Test {
 protected:
@@ -264,12 +224,18 @@ protected:
     /// Starts a dictation and speaks until enough of it is on the disk.
     std::unique_ptr<ProgramRun> startSpeaking(const std::vector<std::string>& arguments = {"dictate"})
     {
-        auto running = std::make_unique<ProgramRun>(home.path(), arguments, server.address());
+        auto running = std::make_unique<ProgramRun>(home.path(), arguments, withMicrophone());
         runUntil([&] {
             microphone.offer(noise(0.05));
             return recordedBytes() > 64000;
         });
         return running;
+    }
+    Surroundings withMicrophone() const
+    {
+        Surroundings surroundings;
+        surroundings.environment = {{"PULSE_SERVER", server.address()}};
+        return surroundings;
     }
     std::uintmax_t recordedBytes() const
     {
@@ -321,7 +287,7 @@ TEST_F(LiveProgram, ASecondDictationIsRefusedWhileOneRuns)
 {
     addModel();
     const auto running = startSpeaking();
-    const auto second = ProgramRun(home.path(), {"dictate"}, server.address()).wait();
+    const auto second = ProgramRun(home.path(), {"dictate"}, withMicrophone()).wait();
     EXPECT_EQ(second.code, 1);
     EXPECT_NE(
         second.err.find("A dictation is already running (process " + std::to_string(running->process().processId())),
@@ -364,7 +330,9 @@ TEST_F(Program, ADamagedSettingsFileIsToldOnceAndCostsOnlyWhatWasHit)
 TEST_F(Program, TextThatStandardOutputDoesNotTakeIsSaved)
 {
     addModel();
-    const auto ended = ProgramRun(home.path(), {"dictate", "--audio", sample}, {}, "/dev/full").wait();
+    Surroundings full;
+    full.output = "/dev/full";
+    const auto ended = ProgramRun(home.path(), {"dictate", "--audio", sample}, full).wait();
     EXPECT_EQ(ended.code, 0);
     EXPECT_NE(ended.err.find("It was saved in"), std::string::npos) << ended.err;
     EXPECT_EQ(recordings(), 2u) << "the text beside the recording";

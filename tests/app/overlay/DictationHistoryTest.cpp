@@ -159,6 +159,28 @@ TEST_F(DictationHistory, AFailureAfterTheWordsWereKeptDoesNotReplaceThem)
     EXPECT_EQ(finalText(entries[0]), "hello world");
     ASSERT_TRUE(failed());
     EXPECT_EQ(failed()->historyEntry, entries[0].id);
+    EXPECT_TRUE(failed()->historyHasText);
+    EXPECT_TRUE(fs::exists(recordingOf(entries[0])));
+}
+
+TEST_F(DictationHistory, AFailureWhoseWordsCouldNotBeKeptKeepsItsRecording)
+{
+    breakHistory();
+    stage.output.error = TextOutputError{"The pipe is closed.", ""};
+    stage.output.holds = true;
+    stage.press(stage.journalShortcut);
+    stage.speak(1s);
+    stage.release(stage.journalShortcut);
+    runUntil([this] { return stage.output.asked > 0; });
+    fs::remove(stage.folder / "History"); // by now it can be written again
+    stage.clock.advance(1h);
+    stage.waitForOutcome();
+    ASSERT_TRUE(failed());
+    EXPECT_EQ(failed()->text, "hello world ");
+    EXPECT_FALSE(failed()->historyHasText) << "nobody is to look for them there";
+    const auto entries = stage.historyEntries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(failed()->historyEntry, entries[0].id);
     EXPECT_TRUE(fs::exists(recordingOf(entries[0])));
 }
 
@@ -175,6 +197,19 @@ TEST_F(DictationHistory, OldEntriesGoAtTheEndOfADictationAndNotBeforeIt)
     stage.waitForOutcome();
     EXPECT_EQ(stage.historyEntries().size(), 1u);
     EXPECT_EQ(stage.recordingsOnDisk(), 1u);
+}
+
+TEST_F(DictationHistory, NobodyHasToWaitForOldEntriesToGo)
+{
+    dictate(1s);
+    stage.storage.historyStoragePolicy.set(HistoryStoragePolicy::oneDay);
+    const auto last = stage.storage.lastHistoryCleanupDate.get();
+    stage.clock.advance(25h);
+    dictate(1s);
+    stage.escape();
+    EXPECT_FALSE(stage.historyEntries().empty());
+    EXPECT_EQ(stage.storage.lastHistoryCleanupDate.get(), last) << "it is done another time";
+    EXPECT_EQ(stage.display.outcomes.size(), 2u);
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "core/session/ShortcutUserFeedbackService.h"
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
-#include "ports/Notices.h"
 #include "ports/SoundPlayer.h"
 #include "ports/SystemVolume.h"
 #include "tests/support/FakeAnalytics.h"
@@ -14,6 +13,7 @@
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/RecordedNotices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -65,12 +65,6 @@ public:
 
 private:
     Clock& m_clock;
-};
-
-class RecordedNotices final : public Notices {
-public:
-    void show(std::string_view text) override { shown.emplace_back(text); }
-    std::vector<std::string> shown;
 };
 
 class RecordedSounds final : public SoundPlayer, public SystemVolume {

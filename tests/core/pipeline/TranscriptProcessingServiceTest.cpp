@@ -9,6 +9,7 @@
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/RecordedNotices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -109,12 +110,6 @@ public:
     }
     std::vector<std::string> delivered;
     std::optional<TextOutputError> error;
-};
-
-class RecordedNotices final : public Notices {
-public:
-    void show(std::string_view text) override { shown.emplace_back(text); }
-    std::vector<std::string> shown;
 };
 
 class DefaultSteps : public testing::Test {

@@ -1,11 +1,12 @@
 #include "core/session/HistoryEntryActionsService.h"
 
+#include "base/Iso8601.h"
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
-#include "ports/Notices.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/RecordedNotices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -59,12 +60,6 @@ private:
     EngineScript& m_script;
     const TranscriptionModelID m_model;
     Clock& m_clock;
-};
-
-class RecordedNotices final : public Notices {
-public:
-    void show(std::string_view text) override { shown.emplace_back(text); }
-    std::vector<std::string> shown;
 };
 
 class HistoryEntryActions : public testing::Test {
@@ -206,6 +201,32 @@ TEST_F(HistoryEntryActions, ARetryThatFailsSaysWhyAndLeavesTheEntryAsItWas)
     EXPECT_EQ(userMessage(retry(Uuid::random()).error()), "Entry not found");
     EXPECT_EQ(stored(entry.id), entry);
     EXPECT_TRUE(actions.retryingTranscriptionEntryIDs.get().empty());
+}
+
+TEST_F(HistoryEntryActions, WordsThatCannotBeKeptAreHandedBack)
+{
+    const auto entry = addDictation();
+    clock.advance(48h); // into a day whose folder cannot be made
+    writeFile(folder / "History" / toIso8601(clock.now()).substr(0, 10), "no folder");
+    const auto unkept = retry(entry.id);
+    ASSERT_FALSE(unkept);
+    EXPECT_EQ(unkept.error().kind, Kind::entry);
+    EXPECT_EQ(unkept.error().text, "again");
+    EXPECT_EQ(stored(entry.id), entry);
+
+    clock.advance(24h);
+    const auto rewritten = addDictation();
+    engine.holds = true;
+    std::optional<Outcome> outcomes[2];
+    TaskScope scope;
+    scope.start(storeResult(actions.retryTranscription(entry.id, model, [](double) {}), outcomes[0]));
+    scope.start(storeResult(actions.applyPrompt(rewritten.id, prompt("Tidy")), outcomes[1]));
+    runUntil([this] { return engine.working > 0 && !prompted.empty(); });
+    EXPECT_TRUE(await(history.remove({entry.id, rewritten.id}))); // while they are worked on
+    clock.advance(1h);
+    runUntil([&] { return outcomes[0] && outcomes[1]; });
+    EXPECT_EQ(outcomes[0]->error().text, "again");
+    EXPECT_EQ(outcomes[1]->error().text, "Rewritten.");
 }
 
 TEST_F(HistoryEntryActions, OneEntryIsTranscribedOnceAtATimeAndSeveralOneAfterTheOther)

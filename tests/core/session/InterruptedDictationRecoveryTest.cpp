@@ -122,6 +122,25 @@ TEST_F(InterruptedDictations, AreTriedAgainWhenTheHistoryCouldNotBeWritten)
     expectOneFailure();
 }
 
+TEST_F(InterruptedDictations, AreTriedAgainAlsoWhenThereWasAnotherDictationMeanwhile)
+{
+    writeFile(folder / "History", "no folder");
+    ASSERT_TRUE(await(recovery.recover()));
+    ASSERT_TRUE(await(recorder.start({Uuid::random()})));
+    EXPECT_NE(storage.crashRecoveryInfo.get(), info) << "killed now, the newer one is in danger";
+    input.capture()->pushSilence(std::chrono::seconds(1));
+    const auto recorded = await(recorder.stop());
+    ASSERT_TRUE(recorded);
+    recorder.settle();
+
+    fs::remove(folder / "History");
+    EXPECT_EQ(await(recovery.recover())->entryID, id);
+    expectOneFailure();
+    ASSERT_TRUE(await(recorder.start({Uuid::random()})));
+    await(recorder.cancel());
+    EXPECT_FALSE(storage.crashRecoveryInfo.get()) << "what was recovered does not come back";
+}
+
 TEST_F(InterruptedDictations, AreLeftAloneWhileADictationRuns)
 {
     const auto lockFile = folder / "dictation.lock";

@@ -1,6 +1,7 @@
 #include "core/storage/settings/file/SettingsFile.h"
 
 #include "base/Clock.h"
+#include "base/Text.h"
 #include "core/storage/settings/AnySetting.h"
 #include "core/storage/settings/file/SettingsLock.h"
 #include "core/storage/settings/file/SettingsMigration.h"
@@ -66,6 +67,7 @@ void SettingsFile::load()
     auto content = read(); // without the lock: the file is whole at any moment, and reading must not make files
     if (!content) {
         m_logger.error("Cannot read settings: " + toString(content.error()));
+        m_readError = content.error();
         tell(fmt::format("The settings cannot be read: {}. The defaults hold until they can.",
                          toString(content.error())));
         return;
@@ -90,13 +92,13 @@ void SettingsFile::store(const std::string& key, Change change)
 {
     m_pending.insert_or_assign(key, std::move(change));
     if (m_batchDepth == 0)
-        writePending();
+        writeChanges();
 }
 
 void SettingsFile::endBatch()
 {
     if (--m_batchDepth == 0 && !m_pending.empty())
-        writePending();
+        writeChanges();
 }
 
 void SettingsFile::refresh()
@@ -107,10 +109,11 @@ void SettingsFile::refresh()
     // An editor may be in the middle of its work: what is no settings file now is dealt with when it must be written.
     if (content)
         m_identity = content->identity;
-    if (!content || !content->exists || content->isDamaged) {
+    if (!content || content->isAbsent || content->isDamaged) {
         m_logger.warning("Cannot read changed settings: what was known of them holds");
         return;
     }
+    m_readError.reset();
     adopt(std::move(content->entries), keysOf(m_pending));
 }
 
@@ -151,8 +154,8 @@ Result<SettingsFile::Content, FileError> SettingsFile::read() const
     auto raw = readWholeFile(m_path);
     if (!raw && raw.error().reason != std::errc::no_such_file_or_directory)
         return failure(raw.error());
-    content.exists = raw.has_value();
     content.raw = std::move(raw).value_or("");
+    content.isAbsent = trimmedView(content.raw).empty();
     auto text = readSettingsText(content.raw);
     content.entries = std::move(text.entries);
     content.isDamaged = text.isDamaged;
@@ -161,14 +164,26 @@ Result<SettingsFile::Content, FileError> SettingsFile::read() const
     return content;
 }
 
+void SettingsFile::writeChanges()
+{
+    writePending();
+    if (m_writeError == std::exchange(m_toldError, m_writeError) || !m_writeError || m_leavesFailedWrites)
+        return;
+    tell(fmt::format("The settings cannot be saved: {}. What you change holds until the program ends.",
+                     toString(*m_writeError)));
+}
+
 void SettingsFile::writePending()
 {
     auto entries = update();
     if (!entries) {
-        reportFailure(entries.error());
+        m_writeError = entries.error();
+        m_logger.error(
+            fmt::format("Cannot store setting: {}: {}", fmt::join(keysOf(m_pending), ", "), toString(*m_writeError)));
         return;
     }
     m_writeError.reset();
+    m_readError.reset();
     const auto written = keysOf(std::exchange(m_pending, {}));
     adopt(std::move(*entries), written);
 }
@@ -178,8 +193,9 @@ Result<Json, FileError> SettingsFile::update()
     if (auto folder = createPrivateFolder(m_path.parent_path()); !folder)
         return failure(folder.error());
     const SettingsLock lock(m_path);
-    if (lock.isHeld())
-        removeLeftovers();
+    // Of a write that was killed in the middle: they hold secrets too. Under the lock nobody else is writing one.
+    if (lock.isHeld() && !std::exchange(m_leftoversRemoved, true))
+        removeLeftovers(m_path);
     auto content = read();
     if (!content)
         return failure(content.error());
@@ -188,15 +204,15 @@ Result<Json, FileError> SettingsFile::update()
             return failure(kept.error());
     }
     Json entries = content->entries;
-    if (content->isDamaged || !content->exists) {
+    if (content->isDamaged || content->isAbsent) {
         for (const auto& [key, value] : m_entries.items()) {
             if (!entries.contains(key))
                 entries[key] = value; // what was known is better than what is gone
         }
     }
     apply(entries);
-    entries = inOrder(entries);
     if (content->isDamaged || content->isOlder || content->entries != entries) {
+        entries = completed(entries);
         if (auto written = writeFileAtomically(m_path, settingsText(entries)); !written)
             return failure(written.error());
     }
@@ -218,19 +234,6 @@ Result<void, FileError> SettingsFile::keepAside(const Content& content)
     return {};
 }
 
-/// Of a write that was killed in the middle: they hold secrets too. Under the lock nobody else is writing one.
-void SettingsFile::removeLeftovers()
-{
-    if (std::exchange(m_leftoversRemoved, true))
-        return;
-    const auto begin = "." + m_path.filename().string() + ".";
-    std::error_code error;
-    for (const auto& file : fs::directory_iterator(m_path.parent_path(), error)) {
-        if (file.path().filename().string().starts_with(begin))
-            fs::remove(file.path(), error);
-    }
-}
-
 void SettingsFile::apply(Json& entries) const
 {
     for (const auto& [key, change] : m_pending) {
@@ -239,14 +242,15 @@ void SettingsFile::apply(Json& entries) const
         else
             entries.erase(key);
     }
+}
+
+/// With what every file has, and in the order of the settings.
+Json SettingsFile::completed(Json entries) const
+{
     for (const auto& [key, value] : m_notes) {
         if (!entries.contains(key))
             entries[key] = value;
     }
-}
-
-Json SettingsFile::inOrder(const Json& entries) const
-{
     Json ordered = Json::object();
     for (const auto* setting : m_settings) {
         if (const auto* value = entryOf(entries, setting->key()))
@@ -278,17 +282,6 @@ void SettingsFile::adopt(Json entries, const std::vector<std::string>& known)
     }
     for (auto* setting : changed)
         setting->reload();
-}
-
-void SettingsFile::reportFailure(const FileError& error)
-{
-    const auto keys = fmt::format("{}", fmt::join(keysOf(m_pending), ", "));
-    m_logger.error(fmt::format("Cannot store setting: {}: {}", keys, toString(error)));
-    const bool isNews = m_writeError != error;
-    m_writeError = error;
-    if (isNews)
-        tell(fmt::format("The settings cannot be saved: {}. What you change holds until the program ends.",
-                         toString(error)));
 }
 
 } // namespace vocalith

@@ -52,6 +52,10 @@ public:
     void endBatch();
     /// Why the last write failed, until one succeeds.
     const std::optional<FileError>& writeError() const { return m_writeError; }
+    /// Why the file could not be read, until it can be.
+    const std::optional<FileError>& readError() const { return m_readError; }
+    /// From now on the listener is not told of them: whoever sets something asks `writeError`.
+    void leaveFailedWrites() { m_leavesFailedWrites = true; }
 
     /// Reads the file again if another process changed it.
     void refresh();
@@ -70,7 +74,7 @@ private:
         bool operator==(const Identity&) const = default;
     };
     struct Content {
-        bool exists = false;
+        bool isAbsent = false; ///< there is no file, or nothing in it
         std::string raw;
         Json entries; ///< in the current layout
         bool isDamaged = false;
@@ -82,14 +86,13 @@ private:
     std::optional<Identity> identity() const;
     Result<Content, FileError> read() const;
     void load();
+    void writeChanges();
     void writePending();
     Result<Json, FileError> update();
     Result<void, FileError> keepAside(const Content& content);
-    void removeLeftovers();
     void apply(Json& entries) const;
-    Json inOrder(const Json& entries) const;
+    Json completed(Json entries) const;
     void adopt(Json entries, const std::vector<std::string>& known);
-    void reportFailure(const FileError& error);
     void tell(const std::string& sentence);
 
     const std::filesystem::path m_path;
@@ -102,7 +105,10 @@ private:
     bool m_leftoversRemoved = false;
     std::vector<std::pair<std::string, Json>> m_notes;
     std::vector<AnySetting*> m_settings;
+    std::optional<FileError> m_readError;
     std::optional<FileError> m_writeError;
+    std::optional<FileError> m_toldError;
+    bool m_leavesFailedWrites = false;
     Listener m_listener;
     std::vector<std::string> m_untold;
 };

@@ -8,13 +8,28 @@
 namespace vocalith {
 namespace {
 
-constexpr int kIndent = 2; // people read the file, and edit it
-constexpr std::string_view kEntryBegin = "\n  \"";
+constexpr int kIndent = 2;                         // people read the file, and edit it
 constexpr std::string_view kSpace{" \t\r\n\0", 5}; // a power cut can leave zeros at the end
 
 std::string_view withoutEnd(std::string_view text, std::string_view characters)
 {
     return text.substr(0, text.find_last_not_of(characters) + 1);
+}
+
+/// What stands before every entry: the least indentation, since whoever formatted the file anew may have chosen
+/// another.
+std::string_view entryBegin(std::string_view text)
+{
+    std::string_view least;
+    for (auto line = text.find('\n'); line != std::string_view::npos; line = text.find('\n', line + 1)) {
+        const auto word = text.find_first_not_of(" \t", line + 1);
+        if (word == std::string_view::npos || text[word] != '"' || word == line + 1)
+            continue;
+        const auto begin = text.substr(line, word - line + 1);
+        if (least.empty() || begin.size() < least.size())
+            least = begin;
+    }
+    return least;
 }
 
 /// The entry or entries that a piece of the text holds; the last one may be followed by the end of the object.
@@ -24,7 +39,8 @@ std::optional<Json> entryOf(std::string_view piece)
         auto json = parseJson("{" + std::string(members) + "}");
         return json ? std::optional(std::move(*json)) : std::nullopt;
     };
-    for (;;) {
+    constexpr int kMostEnds = 3; // the object's, and what slipped in
+    for (int ends = 0; ends <= kMostEnds; ++ends) {
         piece = withoutEnd(withoutEnd(piece, kSpace), ",");
         if (auto entry = parsed(piece))
             return entry;
@@ -32,6 +48,7 @@ std::optional<Json> entryOf(std::string_view piece)
             return std::nullopt;
         piece.remove_suffix(1);
     }
+    return std::nullopt;
 }
 
 std::optional<std::string> keyOf(std::string_view piece)
@@ -48,8 +65,10 @@ SettingsText salvaged(std::string_view text)
 {
     SettingsText found;
     found.isDamaged = true;
-    for (auto begin = text.find(kEntryBegin); begin != std::string_view::npos;) {
-        const auto end = text.find(kEntryBegin, begin + 1);
+    const auto separator = entryBegin(text);
+    for (auto begin = separator.empty() ? std::string_view::npos : text.find(separator);
+         begin != std::string_view::npos;) {
+        const auto end = text.find(separator, begin + 1);
         const auto piece = text.substr(begin, end == std::string_view::npos ? end : end - begin);
         begin = end;
         if (const auto entry = entryOf(piece)) {

@@ -16,7 +16,7 @@ struct SettingsText {
 };
 
 /// Reads the text of a settings file. An empty one holds nothing. Of a damaged one every entry is read by itself, which
-/// works because the file is written with each entry on lines of its own, two spaces deep.
+/// works where each entry has lines of its own, indented alike, as they are written.
 SettingsText readSettingsText(std::string_view text);
 
 std::string settingsText(const Json& entries);

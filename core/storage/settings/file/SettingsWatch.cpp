@@ -8,10 +8,12 @@ SettingsWatch::SettingsWatch(SettingsFile& file)
     : m_file(file), m_folder(file.path().parent_path()),
       m_subscription(m_watcher.changed.subscribe([this](const std::filesystem::path&) {
           follow();
+          followLink();
           m_file.refresh();
       }))
 {
     follow();
+    followLink();
 }
 
 void SettingsWatch::follow()
@@ -27,6 +29,18 @@ void SettingsWatch::follow()
         if (!folder.has_relative_path())
             return; // nothing can be watched here: changes are then seen with the next write
     }
+}
+
+/// Editors write what the link leads to, and nothing then happens beside the link.
+void SettingsWatch::followLink()
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (!fs::is_symlink(m_file.path(), error))
+        return;
+    const auto folder = fs::canonical(m_file.path(), error).parent_path();
+    if (!error && !m_watcher.isWatching(folder) && !fs::equivalent(folder, m_folder, error))
+        m_watcher.watch(folder);
 }
 
 } // namespace vocalith

@@ -1,5 +1,7 @@
 #include "core/storage/settings/rules/LanguageTag.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -18,11 +20,6 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 char upper(char c)
 {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -39,7 +36,7 @@ bool isPart(std::string_view part, bool isLanguage)
 /// Languages in small letters, scripts like "Hans", regions like "US".
 std::string inUsualLetters(std::string part, bool isLanguage)
 {
-    std::transform(part.begin(), part.end(), part.begin(), lower);
+    std::transform(part.begin(), part.end(), part.begin(), asciiLower);
     const bool isRegion = !isLanguage && part.size() == 2;
     const bool isScript = !isLanguage && part.size() == 4 && isLetter(part.front());
     if (isRegion)

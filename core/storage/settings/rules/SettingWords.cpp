@@ -2,6 +2,9 @@
 
 #include "base/Iso8601.h"
 #include "base/Json.h"
+#include "base/Text.h"
+
+#include <QUtf8StringView>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -10,21 +13,6 @@
 #include <array>
 
 namespace vocalith {
-namespace {
-
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-} // namespace
-
-bool sameIgnoringCase(std::string_view left, std::string_view right)
-{
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return lower(a) == lower(b); });
-}
-
 std::optional<bool> boolFromWord(std::string_view word)
 {
     const auto isAmong = [word](const auto& words) {
@@ -51,7 +39,8 @@ std::optional<Date> dateFromWord(const std::string& word)
 
 std::optional<Data> pathFromWord(std::string_view word)
 {
-    return word.starts_with('/') ? std::optional(Data(word.begin(), word.end())) : std::nullopt;
+    const bool isPath = word.starts_with('/') && word.find('\0') == std::string_view::npos;
+    return isPath ? std::optional(Data(word.begin(), word.end())) : std::nullopt;
 }
 
 TranscriptionModelID modelFromWord(const std::string& word)
@@ -73,6 +62,23 @@ std::optional<Json> caseFromWord(const std::string& word, const std::vector<std:
 std::string numberText(float number)
 {
     return fmt::format("{}", number);
+}
+
+std::string inQuotes(std::string_view text)
+{
+    constexpr std::size_t kMost = 60;
+    if (text.size() <= kMost)
+        return '"' + cleanText(text, ' ') + '"';
+    auto end = kMost;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+        --end;
+    return '"' + cleanText(text.substr(0, end), ' ') + "…\"";
+}
+
+bool isText(std::string_view bytes)
+{
+    return bytes.find('\0') == std::string_view::npos &&
+           QUtf8StringView(bytes.data(), static_cast<qsizetype>(bytes.size())).isValidUtf8();
 }
 
 std::string oneOf(const std::vector<std::string>& words)

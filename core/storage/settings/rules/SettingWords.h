@@ -37,6 +37,9 @@ std::string numberText(float number);
 std::string oneOf(const std::vector<std::string>& words);
 /// "a list of prompts, as JSON" and the like.
 std::string asJson(std::string_view what);
-bool sameIgnoringCase(std::string_view left, std::string_view right);
+/// In quotes for a message: on one line, without what would confuse a terminal, and not too long.
+std::string inQuotes(std::string_view text);
+/// Whether it is valid UTF-8 without NUL, which would end it where C reads it.
+bool isText(std::string_view bytes);
 
 } // namespace vocalith

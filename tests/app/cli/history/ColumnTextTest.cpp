@@ -1,6 +1,6 @@
-#include "app/cli/history/ColumnText.h"
-#include "app/cli/history/HistoryDates.h"
-#include "app/cli/history/HistoryOutput.h"
+#include "app/cli/text/ColumnText.h"
+#include "app/cli/history/text/HistoryDates.h"
+#include "app/cli/history/text/HistoryOutput.h"
 
 #include <gtest/gtest.h>
 

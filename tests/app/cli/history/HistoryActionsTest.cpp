@@ -45,6 +45,12 @@ TEST_F(HistoryActions, DeletingTakesTheRecordingsThatNobodyElseNeeds)
     EXPECT_EQ(files(), 1u);
     EXPECT_TRUE(fs::exists(recording("AAAA"))) << "another entry uses it";
     EXPECT_FALSE(fs::exists(recording("CCCC")));
+
+    auto byHand = shared;
+    byHand.id = id("DDDD");
+    write(byHand); // which nobody has looked at yet
+    EXPECT_EQ(run({"delete", "BBBB"}).code, 0);
+    EXPECT_TRUE(fs::exists(recording("AAAA")));
 }
 
 TEST_F(HistoryActions, EverythingIsDeletedOnlyWhenItIsMeant)
@@ -194,6 +200,22 @@ TEST_F(HistoryActions, RetryGivesAFailedRecordingItsWords)
     const auto unknown = run({"retry", "AAAA", "--model", "no-such-model"});
     EXPECT_EQ(unknown.code, 1);
     EXPECT_TRUE(has(unknown.err, "vocalith models list"));
+}
+
+TEST_F(HistoryActions, ARetryWhoseTextCannotBeKeptPrintsItAndSaysSo)
+{
+    ScriptedWhisperModel().write(home / "Models" / "ggml-tiny.en.bin");
+    auto spoken = journal("AAAA", "2026-01-03T10:00:00Z", "older words");
+    std::get<HistoryEntry::VoiceJournalEntry>(spoken.content).result.audioFile = audio(sample);
+    write(spoken);
+    const auto now = std::chrono::time_point_cast<Date::duration>(std::chrono::system_clock::now());
+    for (const auto day : {now, now + std::chrono::days(1)}) // in case that it is midnight
+        writeFile(home / "History" / toIso8601(day).substr(0, 10), "no folder");
+    const auto ended = run({"retry", "AAAA"});
+    EXPECT_EQ(ended.code, 1);
+    EXPECT_EQ(ended.out, "The quick brown fox jumps. Over the lazy dog, twice.\n");
+    EXPECT_TRUE(has(ended.err, "Error: The history cannot be reached: "));
+    EXPECT_TRUE(has(ended.err, "The new text is kept nowhere but here:\n"));
 }
 
 TEST_F(HistoryActions, PlaysUntilTheEndOrCtrlC)

@@ -3,7 +3,7 @@
 #include "base/Iso8601.h"
 #include "base/Json.h"
 #include "models/HistoryEntry.h"
-#include "tests/app/cli/history/ProgramRun.h"
+#include "tests/support/program/ProgramRun.h"
 
 #include <gtest/gtest.h>
 

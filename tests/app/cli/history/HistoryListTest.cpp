@@ -88,14 +88,14 @@ TEST_F(HistoryList, IsReadableAndHarmless)
     writeOneOfEach();
     write(success("FFFF", "2026-02-01T10:00:00Z",
                   "title\x1b]0;gotcha\x07 and \xC2\x9B"
-                  "2J\r\nsecond line"));
+                  "2J\r\nsecond\tline"));
     const auto list = run({"list"});
     EXPECT_TRUE(has(list.out, "FFFF0000  2026-02-01 10:00  dictation     0:05  title]0;gotcha and 2J second line\n"));
     EXPECT_TRUE(has(list.out, "DDDD0000  2026-01-02 10:00  dictation     0:05  Failed: Recording interrupted\n"));
     EXPECT_TRUE(has(list.out, "dictation     0:05  Dear Sir\n")) << "the text that the user got";
     for (const auto& text : {list.out, run({"show", "FFFF"}).out}) {
         for (const char c : text)
-            EXPECT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= ' ') << text;
+            EXPECT_TRUE(c == '\n' || c == '\t' || static_cast<unsigned char>(c) >= ' ') << text;
         EXPECT_EQ(text.find("\xC2\x9B"), std::string::npos);
     }
 }
@@ -167,6 +167,8 @@ TEST_F(HistoryList, EntriesAreNamedByTheBeginningOfTheirIdentifier)
 
 TEST_F(HistoryList, AnEmptyOrMissingHistoryIsASentence)
 {
+    EXPECT_EQ(run({"list"}).err, "The history is empty.\n");
+    EXPECT_EQ(run({"search", "words"}).err, "There are no such entries.\n");
     EXPECT_EQ(listed({"list"}), Digits());
     EXPECT_TRUE(has(run({"show", "last"}).err, "The history is empty."));
     std::filesystem::remove_all(home / "History");

@@ -5,7 +5,7 @@
 #include "app/cli/CommandLine.h"
 #include "app/cli/ExitCode.h"
 #include "app/cli/ModelReport.h"
-#include "app/cli/NearestWord.h"
+#include "app/cli/text/NearestWord.h"
 #include "app/cli/Terminal.h"
 #include "base/Json.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
@@ -14,6 +14,7 @@
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakeSpeechRecognizer.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/RecordedNotices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -52,6 +53,7 @@ protected:
         Ended ended;
         if (auto command = parseCommandLine(static_cast<int>(words.size()), words.data())) {
             auto settings = storage();
+            settings.showProblems(m_notices);
             const ModelReport models(m_catalogue, m_files, m_recogniser, settings, currentPlatformTraits());
             Terminal terminal;
             ended.code = SettingsCommand(settings, models, terminal).run(std::get<SettingsOptions>(*command));
@@ -85,6 +87,7 @@ protected:
     const fs::path m_file = m_folder / "settings.json";
     FakeClock m_clock;
     RecordedLog m_log;
+    RecordedNotices m_notices;
     const VoiceModelCatalogue m_catalogue;
     ModelFileManager m_files{m_folder / "Models", m_catalogue};
     FakeSpeechRecognizer m_recogniser;
@@ -233,6 +236,7 @@ TEST_F(SettingsCommandTest, AnImportWithAFaultNamesEachAndChangesNothing)
         {R"({"aiProviders": [{"type": "groq", "provider": {"id": "00000000-0000-4000-8000-000000000007",
              "key": "••••1234", "model": "", "state": "tested"}}]})",
          {"aiProviders: [0].provider.key"}},
+        {R"({"aiProviders": [{"type": "groq", "provider": {"key": "sk-very-secret-1234)", {"no settings file"}},
         {"{\"playSound\": fal", {"no settings file"}},
         {"[]", {"no settings file"}},
         {"", {"no settings file"}},
@@ -243,6 +247,7 @@ TEST_F(SettingsCommandTest, AnImportWithAFaultNamesEachAndChangesNothing)
         EXPECT_EQ(ended.code, exitFailure) << text;
         for (const auto& fault : faults)
             EXPECT_NE(ended.err.find(fault), std::string::npos) << ended.err;
+        EXPECT_EQ(ended.err.find(kSecret), std::string::npos) << ended.err;
         EXPECT_EQ(readFile(m_file), before);
     }
     // Of this machine, and in the first layout.
@@ -254,12 +259,44 @@ TEST_F(SettingsCommandTest, AnImportWithAFaultNamesEachAndChangesNothing)
     EXPECT_EQ(storage().selectedDictationModelID.get(), TranscriptionModelID(PredefinedModelID::tiny));
 }
 
-TEST_F(SettingsCommandTest, AChangeThatCannotBeSavedIsAFailure)
+TEST_F(SettingsCommandTest, AFileThatCannotBeUsedFailsWhatNeedsItAndIsSaidOnce)
 {
     fs::create_directory(m_file);
-    const auto ended = run({"set", "playSound", "off"});
-    EXPECT_EQ(ended.code, exitFailure);
-    EXPECT_NE(ended.err.find("could not be saved"), std::string::npos) << ended.err;
+    for (const auto& arguments : std::vector<std::vector<std::string>>{
+             {"set", "playSound", "off"}, {"reset", "playSound"}, {"reset", "--all"}, {"export"}}) {
+        m_notices.shown.clear();
+        const auto ended = run(arguments);
+        EXPECT_EQ(ended.code, exitFailure) << arguments[0];
+        EXPECT_EQ(ended.out, "") << "the defaults are no backup";
+        const auto* what = arguments[0] == "export" ? "Nothing was exported." : "could not be saved";
+        EXPECT_NE(ended.err.find(what), std::string::npos) << ended.err;
+        ASSERT_EQ(m_notices.shown.size(), 1U);
+        EXPECT_NE(m_notices.shown[0].find("cannot be read"), std::string::npos) << m_notices.shown[0];
+    }
+}
+
+TEST_F(SettingsCommandTest, WhatIsStoredAndCannotBeReadIsNeitherADefaultNorExported)
+{
+    writeFile(m_file, R"({"settingsVersion": 1, "whisperThreads": 900, "aiProviders": [{"type": "ofTheFuture"}],
+                          "shownNotificationIDs": ["a", 5], "playSound": false})");
+    const auto list = parsed(run({"list", "--json"}).out);
+    for (const auto& row : list)
+        EXPECT_EQ(row["isReadable"] == false,
+                  row["key"] == "whisperThreads" || row["key"] == "aiProviders" || row["key"] == "shownNotificationIDs")
+            << row;
+    EXPECT_NE(run({"list"}).out.find("cannot be read"), std::string::npos);
+    EXPECT_NE(run({"get", "whisperThreads"}).err.find("cannot read"), std::string::npos);
+    const auto exported = run({"export"});
+    EXPECT_EQ(parsed(exported.out),
+              (Json{{"settingsVersion", 1}, {"shownNotificationIDs", {"a"}}, {"playSound", false}}));
+    EXPECT_NE(exported.err.find("whisperThreads holds something"), std::string::npos) << exported.err;
+}
+
+TEST_F(SettingsCommandTest, AnExportReplacesFilesOnly)
+{
+    const auto ended = run({"export", "--force", m_folder.path().string()});
+    EXPECT_EQ(ended.code, exitUsage);
+    EXPECT_NE(ended.err.find("not a file that can be replaced"), std::string::npos) << ended.err;
 }
 
 TEST(NearestWord, IsOnlyGivenWhenItIsNear)

@@ -27,6 +27,13 @@ protected:
 
 TEST_F(HistoryServiceTest, PagesComeOneAfterTheOtherAndNewEntriesTakeTheirPlaces)
 {
+    std::vector<Uuid> inserted;
+    const auto watched = m_history.newEntryInserted.subscribe([&](const Uuid& id) { inserted.push_back(id); });
+    const auto twice = dictation("written twice", now() - 1h);
+    keep(twice);
+    keep(twice);
+    EXPECT_EQ(inserted, std::vector<Uuid>{twice.id});
+    ASSERT_TRUE(await(m_history.remove({twice.id})));
     for (int i = 0; i < 70; ++i)
         keep(dictation(std::to_string(i), now() - i * 1s));
     EXPECT_TRUE(shown().empty()) << "nothing is shown that nobody asked for";
@@ -40,8 +47,7 @@ TEST_F(HistoryServiceTest, PagesComeOneAfterTheOtherAndNewEntriesTakeTheirPlaces
     EXPECT_EQ(shown().size(), 70U);
     EXPECT_FALSE(m_history.pagingCursor());
 
-    std::vector<Uuid> inserted;
-    const auto watched = m_history.newEntryInserted.subscribe([&](const Uuid& id) { inserted.push_back(id); });
+    inserted.clear();
     const auto fresh = dictation("fresh", now() + 1s);
     const auto old = dictation("old", now() - 30s - 1ms);
     keep(fresh);
@@ -180,7 +186,8 @@ TEST_F(HistoryServiceTest, WithoutAFolderEverythingFailsAndSaysSo)
     const auto entry = dictation("words");
     EXPECT_FALSE(await(history.upsert(entry)));
     EXPECT_TRUE(m_log.has("Cannot upsert entry " + entry.id.toString()));
-    EXPECT_FALSE(await(history.setFilter({})));
+    EXPECT_FALSE(await(history.setFilter({{}, "words"})));
+    EXPECT_FALSE(history.isSearching.get());
     EXPECT_FALSE(await(history.removeAll()));
     EXPECT_FALSE(await(history.cleanUp()));
     EXPECT_TRUE(m_log.has("Cannot load history: "));

@@ -187,7 +187,17 @@ TEST_F(HistoryStoreTest, ARecordingGoesWithTheLastEntryThatUsesIt)
     EXPECT_TRUE(fs::exists(recordingOf(spokenFor)));
     EXPECT_TRUE(fs::exists(m_folder / "talk.wav"));
 
-    EXPECT_EQ(await(store->remove({second.id})).value().recordings, 1U);
+    const auto added = [&] { // by hand, and not looked at since
+        auto entry = dictation("added");
+        std::get<HistoryEntry::SuccessData>(std::get<HistoryEntry::DictationEntry>(entry.content)).result.audioFile =
+            audioFile(shared);
+        entry.creationDate += 24h;
+        writeByHand("2026-03-02/" + entry.id.toString() + ".json", entry);
+        return entry.id;
+    }();
+    EXPECT_EQ(await(store->removeCreatedBefore(kNoon + 1ms)).value().recordings, 0U);
+    EXPECT_TRUE(fs::exists(recordingOf(shared)));
+    ASSERT_TRUE(await(store->remove({added})));
     EXPECT_FALSE(fs::exists(recordingOf(shared)));
     EXPECT_TRUE(page(*store).empty());
     EXPECT_EQ(await(store->unreadable()).value().size(), 1U);

@@ -66,11 +66,17 @@ TEST_F(AnySettingTest, SimpleValuesAreTypedAsWords)
         {"customModelsFolderBookmark", "/m", "\"L20=\""},
         {"customModelsFolderBookmark", "models", "\"models\" is not the absolute path of a folder, or none."},
         {"whisperPrompt", "none", "\"none\""},
+        {"whisperPrompt", "Gr\xff\xe7", "\"Gr\uFFFD\uFFFD\" is not a text."},
+        {"playSound", "\x1b[2Jno", "\"[2Jno\" is not true or false."},
         {"shownNotificationIDs", R"(["a"])", R"(["a"])"},
         {"shownNotificationIDs", "a", "The value is not a list of texts, as JSON: "},
         {"shownNotificationIDs", R"(["a", 2])", "The value is not a list of texts, as JSON: [1]: expected a string."},
         {"aiProviders", R"([{"type": "openai", "provider": {"key": "k"}}])",
          "The value is not a list of AI providers, as JSON: [0].provider.id: missing."},
+        {"aiProviders", R"([{"type": "openai", "provider": {"key": "sk-secret}}])",
+         "The value is not a list of AI providers, as JSON: parse error at line 1, column 54: syntax error while "
+         "parsing "
+         "value - invalid string: missing closing quote."},
         {"mainPrompt", "null", "The value is not a prompt, as JSON: expected an object."},
     };
     for (const auto& [key, text, expected] : cases) {
@@ -106,6 +112,9 @@ TEST_F(AnySettingTest, ResetGivesBackTheDefaultAndRemovesTheEntry)
     settings.find("playSound")->reset();
     EXPECT_TRUE(told && settings.playSound.get());
     EXPECT_EQ(chosen(), Json::object());
+    std::filesystem::remove(m_file);
+    storage().playSound.reset();
+    EXPECT_FALSE(std::filesystem::exists(m_file)) << "there was nothing to write";
 }
 
 } // namespace

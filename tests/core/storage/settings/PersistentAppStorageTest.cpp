@@ -262,6 +262,16 @@ TEST_F(PersistentAppStorageTest, NoticesChangesOfAnotherProcessAndTellsOfNothing
     EXPECT_EQ(told, (std::vector<std::string>{"language fi", "language auto", "language sv", "language no"}));
 }
 
+TEST_F(PersistentAppStorageTest, NoticesWhatIsWrittenToTheFileThatALinkLeadsTo)
+{
+    const auto real = m_folder / "dotfiles/settings.json";
+    writeFile(real, R"({"settingsVersion": 1})");
+    fs::create_symlink(real, m_file);
+    auto settings = storage();
+    writeFile(real, R"({"settingsVersion": 1, "whisperLanguage": "sv"})");
+    EXPECT_TRUE(runUntil([&] { return settings.whisperLanguage.get() == "sv"; }));
+}
+
 TEST_F(PersistentAppStorageTest, ABatchIsOneWrite)
 {
     auto settings = storage();

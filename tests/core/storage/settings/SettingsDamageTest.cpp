@@ -1,4 +1,5 @@
 #include "tests/core/storage/settings/SettingsFixture.h"
+#include "tests/support/MainLoop.h"
 
 using namespace vocalith;
 using namespace vocalith::test;
@@ -89,6 +90,25 @@ TEST_F(SettingsDamageTest, CostsOnlyTheEntriesThatItHit)
     EXPECT_TRUE(m_log.has("Cannot parse settings: "));
 }
 
+TEST_F(SettingsDamageTest, AFileThatWasFormattedAnewIsReadAsWell)
+{
+    for (const std::string indent : {"    ", "\t", " "}) {
+        std::string text = "{\n  \"whisperPrompt\": \"a\",\n  \"mainPrompt\": {\n    \"playSound\": false\n  },\n"
+                           "  \"whisperThreads\": 3,\n  \"whisperLanguage\": \"d";
+        for (auto at = text.find("  "); at != std::string::npos; at = text.find("  ", at + indent.size()))
+            text.replace(at, 2, indent);
+        writeFile(m_file, text);
+        RecordedNotices notices;
+        auto settings = storage();
+        settings.showProblems(notices);
+        EXPECT_EQ(settings.whisperPrompt.get(), "a") << indent << "|";
+        EXPECT_EQ(settings.whisperThreads.get(), 3) << indent << "|";
+        EXPECT_TRUE(settings.playSound.get()) << "what stands inside an entry was taken for one";
+        ASSERT_EQ(notices.shown.size(), 1U);
+        EXPECT_NE(notices.shown[0].find("Lost: whisperLanguage."), std::string::npos) << notices.shown[0];
+    }
+}
+
 TEST_F(SettingsDamageTest, NamesWhatWasLostAndKeepsEveryDamagedFile)
 {
     for (int i = 1; i <= 2; ++i) {
@@ -121,13 +141,17 @@ TEST_F(SettingsDamageTest, WhatARunningProgramKnowsIsNotLostWithTheFile)
 {
     auto settings = storage();
     settings.whisperLanguage.set("da");
-    for (const std::string ruin : {"truncat", "absent"}) {
+    bool sound = true;
+    for (const std::string ruin : {"truncat", "", "absent"}) {
         if (ruin == "absent")
             std::filesystem::remove(m_file);
         else
             writeFile(m_file, ruin);
-        settings.playSound.set(ruin == "absent");
-        EXPECT_EQ(chosen(), (Json{{"playSound", ruin == "absent"}, {"whisperLanguage", "da"}})) << ruin;
+        drainMainThread();
+        EXPECT_EQ(settings.whisperLanguage.get(), "da") << "an editor empties a file before it writes it";
+        sound = !sound;
+        settings.playSound.set(sound);
+        EXPECT_EQ(chosen(), (Json{{"playSound", sound}, {"whisperLanguage", "da"}})) << ruin;
     }
     EXPECT_EQ(keptAside().size(), 1U);
 }

@@ -2,9 +2,9 @@
 
 #include "base/Json.h"
 #include "core/storage/settings/PersistentAppStorage.h"
-#include "ports/Notices.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/RecordedLog.h"
+#include "tests/support/RecordedNotices.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -15,13 +15,6 @@
 #include <vector>
 
 namespace vocalith::test {
-
-/// Keeps what the user was told.
-class RecordedNotices final : public Notices {
-public:
-    void show(std::string_view text) override { shown.emplace_back(text); }
-    std::vector<std::string> shown;
-};
 
 /// A settings file of the test's own.
 class SettingsFixture : public testing::Test {

@@ -1,8 +1,8 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/HistoryDates.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/history/text/HistoryDates.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "ports/AudioPlayer.h"
 
 #include <system_error>

@@ -1,7 +1,7 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/Confirmation.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
+#include "app/cli/history/commands/Confirmation.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
 #include "base/Clock.h"
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
@@ -39,6 +39,9 @@ int reportFailed(const HistoryDeletion& done, const HistoryOutput& output)
 
 Task<IDs> findAll(std::vector<std::string> names, const HistoryServices& services)
 {
+    const auto refreshed = co_await refreshHistory(services); // an entry that is still unknown may share a recording
+    if (!refreshed)
+        co_return failure(refreshed.error());
     std::vector<Uuid> ids;
     for (const auto& name : names) {
         const auto entry = co_await findEntry(name, services);

@@ -1,8 +1,8 @@
-#include "app/cli/history/HistoryLookup.h"
+#include "app/cli/history/commands/HistoryLookup.h"
 
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/HistoryDates.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/text/HistoryDates.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "base/Clock.h"
 #include "base/Text.h"
 #include "core/storage/history/HistoryService.h"

@@ -1,4 +1,4 @@
-#include "app/cli/history/Confirmation.h"
+#include "app/cli/history/commands/Confirmation.h"
 
 #include "app/cli/Terminal.h"
 #include "base/OneShot.h"

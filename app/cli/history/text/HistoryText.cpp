@@ -1,8 +1,8 @@
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/text/HistoryText.h"
 
-#include "app/cli/history/ColumnText.h"
-#include "app/cli/history/HistoryDates.h"
-#include "app/cli/history/HistoryOutput.h"
+#include "app/cli/text/ColumnText.h"
+#include "app/cli/history/text/HistoryDates.h"
+#include "app/cli/history/text/HistoryOutput.h"
 #include "base/Json.h"
 #include "base/Text.h"
 
@@ -59,7 +59,9 @@ std::string shortID(const Uuid& id)
 
 std::string firstWords(const std::string& text, std::size_t columns)
 {
-    return fitted(clean(text), columns);
+    auto words = clean(text);
+    std::replace(words.begin(), words.end(), '\t', ' '); // takes nobody knows how many columns
+    return fitted(words, columns);
 }
 
 std::optional<std::filesystem::path> recordingOf(const HistoryEntry& entry)

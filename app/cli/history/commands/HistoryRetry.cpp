@@ -1,8 +1,8 @@
 #include "app/cli/ExitCode.h"
 #include "app/cli/RecognitionChoice.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "core/session/HistoryEntryActionsService.h"
 
 #include <fmt/format.h>
@@ -12,10 +12,21 @@ namespace {
 
 using Kind = HistoryActionError::Kind;
 
+/// The words go where they would have gone, for there they can be saved.
+int reportUnkept(const HistoryActionError& error, const HistoryOutput& output)
+{
+    output.complain(userMessage(error));
+    output.note("The new text is kept nowhere but here:");
+    output.print(error.text + '\n');
+    return exitFailure;
+}
+
 int reportFailure(const HistoryActionError& error, const HistoryOutput& output)
 {
     if (error.kind == Kind::cancelled)
         return exitCancelled;
+    if (!error.text.empty())
+        return reportUnkept(error, output);
     if (error.kind != Kind::recognition || error.recognition.kind != SessionError::Kind::engine) {
         output.complain(userMessage(error));
         const bool noSpeech = error.kind == Kind::recognition && error.recognition.kind == SessionError::Kind::noSpeech;
@@ -33,7 +44,7 @@ Task<int> runHistory(HistoryRetryOptions options, const HistoryServices& service
     if (!entry)
         co_return report(entry.error(), output);
     auto showProgress = [&terminal = output.terminal()](double progress) {
-        terminal.status(fmt::format("Transcribing: {:.0f} %", progress * 100));
+        terminal.status(fmt::format("Transcribing … {:.0f} %", progress * 100));
     };
     auto model = services.chooseModel(options.recognition);
     const auto id = entry->id;

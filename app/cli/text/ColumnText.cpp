@@ -1,4 +1,4 @@
-#include "app/cli/history/ColumnText.h"
+#include "app/cli/text/ColumnText.h"
 
 #include <QList>
 #include <QString>

@@ -1,8 +1,8 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/HistoryDates.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/history/text/HistoryDates.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "base/AtomicFile.h"
 #include "core/storage/history/HistoryService.h"
 
@@ -126,16 +126,18 @@ Result<void, Complaint> Exporter::write(const HistoryEntry& entry)
         leaveOut("\"" + target.string() + "\" exists. Choose another --output, or replace it with --force.");
         return {};
     }
-    const auto written = writeFileAtomically(target, text);
+    const auto written = writeFileAtomically(target, text, Flush::later);
     if (!written)
         return failure(Complaint{exitFailure, "\"" + target.string() + "\" could not be written: " +
                                                   written.error().reason.message() + "."});
     ++m_written;
+    m_output.terminal().status(fmt::format("Exporting … {}", m_written));
     return {};
 }
 
 int Exporter::summarize() const
 {
+    m_output.terminal().clearStatus();
     if (m_toFolder)
         m_output.note(fmt::format("Exported {} {} to \"{}\".", m_written, m_written == 1 ? "entry" : "entries",
                                   m_options.output.string()));

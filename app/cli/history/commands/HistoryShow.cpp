@@ -1,7 +1,7 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "ports/ClipboardWriter.h"
 
 namespace vocalith {

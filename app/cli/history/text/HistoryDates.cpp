@@ -1,4 +1,4 @@
-#include "app/cli/history/HistoryDates.h"
+#include "app/cli/history/text/HistoryDates.h"
 
 #include <fmt/format.h>
 

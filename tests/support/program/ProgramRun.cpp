@@ -1,4 +1,4 @@
-#include "tests/app/cli/history/ProgramRun.h"
+#include "tests/support/program/ProgramRun.h"
 
 #include <gtest/gtest.h>
 
@@ -48,6 +48,7 @@ ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std:
 
 Ended ProgramRun::wait()
 {
+    // A whole recognition, on a machine that may be busy with other tests.
     runUntil([this] { return m_process.state() == QProcess::NotRunning; }, std::chrono::minutes(3));
     return {m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1,
             m_process.readAllStandardOutput().toStdString(), m_process.readAllStandardError().toStdString()};

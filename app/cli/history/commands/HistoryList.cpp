@@ -1,7 +1,7 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/history/HistoryLookup.h"
-#include "app/cli/history/HistorySubcommands.h"
-#include "app/cli/history/HistoryText.h"
+#include "app/cli/history/commands/HistoryLookup.h"
+#include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/history/text/HistoryText.h"
 #include "core/storage/history/HistoryService.h"
 
 #include <algorithm>
@@ -99,6 +99,13 @@ std::string nextPage(const HistoryListOptions& options, const Uuid& last)
     return command + " --before " + last.toString();
 }
 
+/// Whether the options let everything through.
+bool isWhole(const HistoryListOptions& options)
+{
+    const auto& [kind, prompt, query] = options.selection;
+    return kind == HistorySelection::Kind::all && prompt.empty() && query.empty() && options.before.empty();
+}
+
 Task<Result<std::monostate, HistoryComplaint>> nameUnreadable(const HistoryServices& services)
 {
     const auto unreadable = co_await services.history.store()->unreadable();
@@ -136,7 +143,7 @@ Task<int> runHistory(HistoryListOptions options, const HistoryServices& services
     if (code != exitSuccess)
         co_return code;
     if (entries.empty() && !options.json)
-        output.note("There are no such entries.");
+        output.note(isWhole(options) ? "The history is empty." : "There are no such entries.");
     if (listed->isMore && !entries.empty() && !options.json)
         output.note("More: " + nextPage(options, entries.back().id));
     const auto told = co_await nameUnreadable(services);

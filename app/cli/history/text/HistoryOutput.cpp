@@ -1,8 +1,9 @@
-#include "app/cli/history/HistoryOutput.h"
+#include "app/cli/history/text/HistoryOutput.h"
 
 #include "app/cli/ExitCode.h"
 #include "base/Text.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <system_error>
 
@@ -58,9 +59,11 @@ int HistoryOutput::show(std::string_view text) const
 {
     m_terminal.clearStatus();
     const int error = writeToStandardOutput(text);
-    return error == 0
-               ? exitSuccess
-               : complain("Standard output could not be written: " + std::generic_category().message(error) + ".");
+    if (error == 0)
+        return exitSuccess;
+    if (error == EPIPE) // whoever read has seen enough
+        return exitFailure;
+    return complain("Standard output could not be written: " + std::generic_category().message(error) + ".");
 }
 
 int HistoryOutput::print(std::string_view text) const
