@@ -58,9 +58,12 @@ Task<int> Program::run(const TranscribeOptions& options)
 {
     const auto model = chooseModel(m_recognition, TranscriptionSource::file, m_models, m_modelFiles);
     InterruptSignals interrupts;
-    TranscribeCommand command(options, model,
-                              {m_session, m_terminal, interrupts, m_storage, m_clock, m_paths.recordingsFolder});
-    co_return co_await command.run();
+    TranscribeCommand command(
+        options, model,
+        {m_session, m_terminal, interrupts, m_storage, m_history, m_converter, m_clock, m_paths.recordingsFolder});
+    const int exitCode = co_await command.run();
+    co_await m_history.cleanUpWhenDue();
+    co_return exitCode;
 }
 
 Task<int> Program::run(const HistoryOptions& options)

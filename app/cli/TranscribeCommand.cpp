@@ -7,6 +7,8 @@
 #include "app/cli/Terminal.h"
 #include "base/AtomicFile.h"
 #include "core/session/TranscriptionSessionManager.h"
+#include "core/storage/history/HistoryService.h"
+#include "ports/PCMConverter.h"
 
 #include <fmt/format.h>
 
@@ -123,6 +125,7 @@ Task<int> TranscribeCommand::transcribe(fs::path file)
         complain(text);
         co_return static_cast<int>(noSpeech ? exitNoSpeech : exitFailure);
     }
+    co_await keep(*transcript, file);
     const int code = deliver(*transcript, file);
     hintAtBetterModels(transcript->modelId, m_services.appStorage, m_services.terminal);
     const double took = toSeconds(m_services.clock.instant() - started);
@@ -130,6 +133,27 @@ Task<int> TranscribeCommand::transcribe(fs::path file)
     if (code == exitSuccess && !m_options.quiet && target && !m_options.output.empty() && m_options.output != "-")
         m_services.terminal.line(fmt::format("{} ({:.1f} s)", file.string(), took));
     co_return code;
+}
+
+/// Puts the transcript into the history, before anything else can lose it. The file stays the user's own.
+Task<void> TranscribeCommand::keep(TranscriptionData transcript, fs::path file)
+{
+    auto examine = [&converter = m_services.converter, file](const StopToken&) { return converter.examine(file); };
+    const auto examined = co_await m_examination.run(std::move(examine));
+    if (!examined)
+        co_return;
+    const auto media = examined->value_or(MediaInfo{});
+    const auto now = m_services.clock.now();
+    std::error_code unknown;
+    const auto size = fs::file_size(file, unknown);
+    const AudioFile audio{fileBookmark(fs::absolute(file), now), media.duration,
+                          unknown ? 0 : static_cast<std::int64_t>(size)};
+    const auto type = media.hasVideo ? MediaFileType::video : MediaFileType::audio;
+    HistoryEntry entry{Uuid::random(), now, {}};
+    entry.content = FileTranscriptionProject{Uuid::random(), audio, type,
+                                             FileTranscriptionProject::Completed{std::move(transcript)}};
+    const auto kept = co_await m_services.history.upsert(std::move(entry));
+    static_cast<void>(kept); // a failure has been logged, and the transcript is delivered all the same
 }
 
 int TranscribeCommand::deliver(const TranscriptionData& transcript, const fs::path& file)

@@ -4,12 +4,15 @@
 #include "app/cli/TerminalInput.h"
 #include "base/Clock.h"
 #include "base/TaskScope.h"
+#include "base/Worker.h"
 #include "models/TranscriptionData.h"
 
 #include <string>
 
 namespace vocalith {
 
+class HistoryService;
+class PCMConverter;
 class PersistentAppStorage;
 class Terminal;
 class TranscriptionSessionManager;
@@ -23,6 +26,8 @@ public:
         Terminal& terminal;
         InterruptSignals& interrupts;
         PersistentAppStorage& appStorage;
+        HistoryService& history;
+        const PCMConverter& converter;
         const Clock& clock;
         std::filesystem::path rescueFolder; ///< for a transcript that its destination does not take
     };
@@ -38,6 +43,7 @@ private:
     Result<void, std::string> checkOptions() const;
     Task<void> transcribeAll();
     Task<int> transcribe(std::filesystem::path file);
+    Task<void> keep(TranscriptionData transcript, std::filesystem::path file);
     int deliver(const TranscriptionData& transcript, const std::filesystem::path& file);
     int rescue(const std::string& reason, const std::string& text);
     int complain(const std::string& text);
@@ -46,6 +52,7 @@ private:
     const TranscribeOptions m_options;
     const TranscriptionModelID m_model;
     Services m_services;
+    Worker m_examination;
     TaskScope m_work;
     int m_exitCode = 0;
 };

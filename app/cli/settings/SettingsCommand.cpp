@@ -2,11 +2,11 @@
 
 #include "app/cli/ExitCode.h"
 #include "app/cli/ModelReport.h"
-#include "app/cli/text/NearestWord.h"
 #include "app/cli/Terminal.h"
 #include "app/cli/settings/SettingSecrets.h"
 #include "app/cli/settings/SettingsExchange.h"
 #include "app/cli/settings/SettingsTable.h"
+#include "app/cli/text/NearestWord.h"
 #include "base/AtomicFile.h"
 #include "base/Json.h"
 #include "core/storage/settings/PersistentAppStorage.h"

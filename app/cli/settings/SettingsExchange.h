@@ -13,6 +13,7 @@ class AnySetting;
 class PersistentAppStorage;
 
 /// What an export holds, and what the user should know about it.
+// NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing, whatever the check makes of its library
 struct ExportedSettings {
     Json entries;
     std::vector<std::string> notices;

@@ -1,7 +1,7 @@
 #include "app/cli/settings/SettingsTable.h"
 
-#include "app/cli/text/ColumnText.h"
 #include "app/cli/settings/SettingSecrets.h"
+#include "app/cli/text/ColumnText.h"
 #include "base/Text.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 

@@ -124,6 +124,7 @@ template <class Values>
 std::vector<std::string> namesOf(const Values& values)
 {
     std::vector<std::string> names;
+    names.reserve(std::size(values));
     for (const auto value : values)
         names.emplace_back(caseName(value));
     return names;

@@ -155,6 +155,9 @@ TEST_F(Program, WritesSubtitlesWhereItIsToldAndReplacesNothingUnasked)
     EXPECT_NE(again.err.find("--force"), std::string::npos) << again.err;
     EXPECT_EQ(run({"transcribe", sample, "-o", file.string(), "--force", "--format", "vtt"}).code, 0);
     EXPECT_TRUE(readFile(file).starts_with("WEBVTT\n\n"));
+    const auto kept = run({"history", "search", "lazy dog", "--only", "files"});
+    EXPECT_EQ(std::count(kept.out.begin(), kept.out.end(), '\n'), 2)
+        << "each transcript is in the history: " << kept.out;
 }
 
 TEST_F(Program, OneBadFileDoesNotKeepTheOthersFromTheirTurn)

@@ -32,7 +32,7 @@ protected:
         fs::create_directory(folder / "bin");
         qputenv("PATH", QByteArray::fromStdString((folder / "bin").string()));
     }
-    ~ClipboardProgramTest() override
+    void TearDown() override
     {
         for (const auto& [name, value] : m_before)
             qputenv(name.c_str(), value);

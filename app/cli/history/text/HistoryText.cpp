@@ -1,8 +1,8 @@
 #include "app/cli/history/text/HistoryText.h"
 
-#include "app/cli/text/ColumnText.h"
 #include "app/cli/history/text/HistoryDates.h"
 #include "app/cli/history/text/HistoryOutput.h"
+#include "app/cli/text/ColumnText.h"
 #include "base/Json.h"
 #include "base/Text.h"
 

@@ -35,6 +35,7 @@ fs::path freeNameFor(const fs::path& file, Date now)
 std::vector<std::string> keysOf(const std::map<std::string, SettingsFile::Change>& changes)
 {
     std::vector<std::string> keys;
+    keys.reserve(changes.size());
     for (const auto& [key, change] : changes)
         keys.push_back(key);
     return keys;

@@ -73,6 +73,7 @@ private:
         std::int64_t modified = 0; ///< nanoseconds
         bool operator==(const Identity&) const = default;
     };
+    // NOLINTNEXTLINE(bugprone-exception-escape): moving JSON throws nothing, whatever the check makes of its library
     struct Content {
         bool isAbsent = false; ///< there is no file, or nothing in it
         std::string raw;

@@ -5,8 +5,8 @@
 #include "app/cli/CommandLine.h"
 #include "app/cli/ExitCode.h"
 #include "app/cli/ModelReport.h"
-#include "app/cli/text/NearestWord.h"
 #include "app/cli/Terminal.h"
+#include "app/cli/text/NearestWord.h"
 #include "base/Json.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"
 #include "core/speech/whisper/ModelFileManager.h"
@@ -46,6 +46,7 @@ protected:
     {
         arguments.insert(arguments.begin(), {"vocalith", "settings"});
         std::vector<const char*> words;
+        words.reserve(arguments.size());
         for (const auto& argument : arguments)
             words.push_back(argument.c_str());
         testing::internal::CaptureStdout();

@@ -83,6 +83,7 @@ protected:
     static std::vector<std::string> texts(const std::vector<HistoryEntry>& entries)
     {
         std::vector<std::string> found;
+        found.reserve(entries.size());
         for (const auto& entry : entries)
             found.push_back(errorMessage(entry) ? *errorMessage(entry) : finalText(entry));
         return found;

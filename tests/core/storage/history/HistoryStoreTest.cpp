@@ -14,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using testing::Test;
 
 class HistoryStoreTest : public HistoryFixture {
 protected:
@@ -63,6 +62,7 @@ TEST_F(HistoryStoreTest, PagesLoseAndRepeatNothingWhateverTheDates)
 {
     auto store = open();
     std::vector<HistoryEntry> kept;
+    kept.reserve(60);
     for (int i = 0; i < 60; ++i) // many at one instant, some before 1970 and some long after us
         kept.push_back(dictation(std::to_string(i), i < 40 ? kNoon : Date() + (i - 50) * 24h * 3650));
     keepAll(*store, kept);
