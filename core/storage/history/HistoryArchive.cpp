@@ -1,6 +1,9 @@
 #include "core/storage/history/HistoryArchive.h"
 
+#include "core/storage/FileLock.h"
 #include "core/storage/history/HistoryStore.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <limits>
@@ -13,6 +16,12 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kRemovedAtOnce = 200;
 constexpr std::size_t kReadAtOnce = 200;
+
+std::uint64_t inodeOf(const fs::path& file)
+{
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
+}
 
 bool isInside(const fs::path& file, const fs::path& folder)
 {
@@ -32,38 +41,54 @@ void HistoryArchive::openIndex()
 {
     if (m_index)
         return;
-    if (!m_isTemporary)
-        static_cast<void>(createPrivateFolder(m_indexFile.parent_path())); // the opening says what is wrong
+    static_cast<void>(createPrivateFolder(m_indexFile.parent_path())); // the opening says what is wrong
+    {
+        const FileLock alone(m_indexFile); // another process may be making it
+        takeIndex();
+    }
+    m_needsRefresh = !m_index->isComplete();
+    if (const auto failed = m_index->database().takeFailure())
+        replaceIndex(*failed);
+}
+
+void HistoryArchive::takeIndex()
+{
     m_index = std::make_unique<HistoryIndex>(m_isTemporary ? fs::path() : m_indexFile, m_folder.root());
-    m_needsRefresh = !m_index->isComplete() && !m_gaveUp;
-    settle();
+    m_indexIdentity = inodeOf(m_indexFile);
 }
 
 bool HistoryArchive::settle()
 {
     const auto failed = m_index->database().takeFailure();
-    if (!failed)
-        return true;
-    m_logger.warning("Cannot use the history index: " + failed->detail);
-    if (failed->kind == SqliteDatabase::Failure::Kind::busy) {
+    if (failed && failed->kind == SqliteDatabase::Failure::Kind::busy) {
+        m_logger.warning("Cannot use the history index: " + failed->detail);
         m_needsRefresh = !m_gaveUp; // what could not be noted must be found again
-        return false;
+    } else if (failed) {
+        replaceIndex(*failed);
     }
+    return !failed;
+}
+
+void HistoryArchive::replaceIndex(const SqliteDatabase::Failure& failed)
+{
+    m_logger.warning("Cannot use the history index: " + failed.detail);
     m_index.reset();
-    if (failed->kind == SqliteDatabase::Failure::Kind::damaged && !m_isTemporary) {
-        std::error_code ignored;
-        for (const auto* suffix : {"", "-wal", "-shm"})
-            fs::remove(m_indexFile.string() + suffix, ignored);
-        m_index = std::make_unique<HistoryIndex>(m_indexFile, m_folder.root());
+    if (failed.kind == SqliteDatabase::Failure::Kind::damaged && !m_isTemporary) {
+        const FileLock alone(m_indexFile);
+        if (inodeOf(m_indexFile) == m_indexIdentity) { // else another process has replaced it
+            std::error_code ignored;
+            for (const auto* suffix : {"", "-wal", "-shm"})
+                fs::remove(m_indexFile.string() + suffix, ignored);
+        }
+        takeIndex();
     }
     if (!m_index || m_index->database().takeFailure()) {
         m_gaveUp = m_isTemporary;
         m_isTemporary = true;
-        m_index = std::make_unique<HistoryIndex>(fs::path(), m_folder.root());
+        takeIndex();
         static_cast<void>(m_index->database().takeFailure());
     }
     m_needsRefresh = !m_gaveUp;
-    return false;
 }
 
 Result<void, HistoryError> HistoryArchive::write(const HistoryEntry& entry)

@@ -60,6 +60,8 @@ public:
 
 private:
     void openIndex();
+    void takeIndex();
+    void replaceIndex(const SqliteDatabase::Failure& failed);
     /// Whether what was done with the index since the last call went well. If not, there is another index now.
     bool settle();
     void reread(const std::vector<HistoryFile>& files);
@@ -78,6 +80,7 @@ private:
     bool m_isTemporary = false; ///< the index is in a file of this process's own
     bool m_gaveUp = false;      ///< no index can be had
     std::unique_ptr<HistoryIndex> m_index;
+    std::uint64_t m_indexIdentity = 0; ///< of its file
     std::atomic<bool> m_needsRefresh = true;
 };
 

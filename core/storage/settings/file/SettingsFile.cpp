@@ -2,8 +2,8 @@
 
 #include "base/Clock.h"
 #include "base/Text.h"
+#include "core/storage/FileLock.h"
 #include "core/storage/settings/AnySetting.h"
-#include "core/storage/settings/file/SettingsLock.h"
 #include "core/storage/settings/file/SettingsMigration.h"
 #include "core/storage/settings/file/SettingsText.h"
 
@@ -193,7 +193,7 @@ Result<Json, FileError> SettingsFile::update()
 {
     if (auto folder = createPrivateFolder(m_path.parent_path()); !folder)
         return failure(folder.error());
-    const SettingsLock lock(m_path);
+    const FileLock lock(m_path);
     // Of a write that was killed in the middle: they hold secrets too. Under the lock nobody else is writing one.
     if (lock.isHeld() && !std::exchange(m_leftoversRemoved, true))
         removeLeftovers(m_path);

@@ -145,7 +145,39 @@ TEST_F(HistoryFaultsTest, TwoProcessesKeepTheirEntriesAtTheSameTime)
     HistoryArchive archive(m_places, m_log.logger());
     EXPECT_EQ(archive.count({{}, "theirs"}), static_cast<std::size_t>(kUpserts)) << "also without another look";
     EXPECT_EQ(archive.count({{}, "ours"}), static_cast<std::size_t>(kUpserts));
+    EXPECT_TRUE(m_log.lines().empty()) << m_log.lines().front();
     EXPECT_EQ(all().size(), static_cast<std::size_t>(2 * kUpserts));
+}
+
+TEST_F(HistoryFaultsTest, ProcessesThatMakeTheIndexAtTheSameTimeShareIt)
+{
+    constexpr int kRounds = 20;
+    constexpr int kProcesses = 6;
+    const auto keepOne = [this] {
+        HistoryArchive archive(m_places, {});
+        return keepIn(archive, dictation("words")) ? 0 : 1;
+    };
+    for (int round = 0; round < kRounds; ++round) {
+        fs::remove_all(m_places.indexFile.parent_path());
+        std::array<int, 2> gate{}; // closed, it lets all of them go at once
+        ASSERT_EQ(::pipe(gate.data()), 0);
+        std::vector<pid_t> all;
+        all.reserve(kProcesses);
+        for (int i = 0; i < kProcesses; ++i) {
+            all.push_back(inAnotherProcess([&] {
+                ::close(gate[1]);
+                char end = 0;
+                return ::read(gate[0], &end, 1) == 0 ? keepOne() : 1;
+            }));
+        }
+        ::close(gate[1]);
+        for (const pid_t one : all)
+            EXPECT_EQ(statusOf(one), 0);
+        ::close(gate[0]);
+        HistoryArchive archive(m_places, m_log.logger());
+        ASSERT_EQ(archive.count({}), static_cast<std::size_t>(kProcesses)) << "in round " << round;
+    }
+    EXPECT_TRUE(m_log.lines().empty());
 }
 
 int useFullDisk(const fs::path& folder, const HistoryEntry& first, const HistoryEntry& second)

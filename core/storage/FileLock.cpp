@@ -1,4 +1,4 @@
-#include "core/storage/settings/file/SettingsLock.h"
+#include "core/storage/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -9,15 +9,15 @@
 
 namespace vocalith {
 
-SettingsLock::SettingsLock(const std::filesystem::path& settingsFile)
-    : m_file(::open((settingsFile.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
+FileLock::FileLock(const std::filesystem::path& file)
+    : m_file(::open((file.string() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
 {
     do {
         m_isHeld = m_file >= 0 && ::flock(m_file, LOCK_EX) == 0;
     } while (!m_isHeld && m_file >= 0 && errno == EINTR);
 }
 
-SettingsLock::~SettingsLock()
+FileLock::~FileLock()
 {
     if (m_file >= 0)
         ::close(m_file);
