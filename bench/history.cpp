@@ -70,7 +70,7 @@ class GeneratedHistory {
 public:
     explicit GeneratedHistory(int count)
     {
-        std::string name = "/tmp/vocalith-bench-history-XXXXXX";
+        std::string name = (fs::temp_directory_path() / "vocalith-bench-history-XXXXXX").string();
         m_folder = ::mkdtemp(name.data());
         bench::HistoryCorpus::write(places().rootURL, count);
     }
