@@ -1,13 +1,19 @@
 #pragma once
 
 #include "app/cli/ExitCode.h"
-#include "app/cli/ModelReport.h"
-#include "app/cli/RecognitionChoice.h"
-#include "app/cli/StandardOutput.h"
-#include "app/cli/TerminalOverlay.h"
+#include "app/cli/commands/CommandsCommand.h"
 #include "app/cli/completion/CompletionScript.h"
+#include "app/cli/models/ModelReport.h"
+#include "app/cli/process/ProcessCommand.h"
+#include "app/cli/recognition/RecognitionChoice.h"
+#include "app/cli/replacements/ReplacementsCommand.h"
+#include "app/cli/scripts/ScriptsCommand.h"
 #include "app/cli/settings/SettingsCommand.h"
+#include "app/cli/shortcuts/ShortcutsCommand.h"
+#include "app/cli/terminal/StandardOutput.h"
+#include "app/cli/terminal/TerminalOverlay.h"
 #include "app/whisper/WhisperCPPType.h"
+#include "core/pipeline/TranscriptRules.h"
 #include "core/session/TranscriptionSessionManager.h"
 #include "core/speech/PlatformRecognitionEngine.h"
 #include "core/speech/TranscriptionServiceProvider.h"
@@ -20,6 +26,8 @@
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 #include "core/storage/settings/rules/LanguageTag.h"
+#include "platform/freedesktop/launch/DesktopAppLauncher.h"
+#include "platform/freedesktop/launch/ExecutableAutomations.h"
 #include "platform/media/FFmpegPCMConverter.h"
 #include "platform/pocketsphinx/PocketSphinxRecognizer.h"
 
@@ -40,6 +48,27 @@ public:
     {
         co_return SettingsCommand(m_storage, m_models, m_terminal).run(options);
     }
+    Task<int> run(const ShortcutsOptions& options) { co_return ShortcutsCommand(m_storage, m_terminal).run(options); }
+    Task<int> run(const ProcessOptions& options)
+    {
+        ProcessCommand command(options, {m_output, m_storage, m_notices, m_rules, &m_history}, m_clock, m_terminal,
+                               m_log);
+        co_return co_await command.run();
+    }
+    Task<int> run(const ReplacementsOptions& options)
+    {
+        ReplacementsCommand command(m_storage, m_rules.replacements, m_terminal);
+        co_return co_await command.run(options);
+    }
+    Task<int> run(const ScriptsOptions& options) { co_return showScripts(options, m_terminal); }
+    Task<int> run(const CommandsOptions& options)
+    {
+        CommandsCommand command(
+            {m_rules.quickCommands, m_storage, m_automations, m_paths.automationsFolder, m_terminal});
+        co_return command.run(options);
+    }
+    Task<int> run(const RunOptions& options);
+    Task<int> run(const RemoteOptions& options);
     Task<int> run(const CompletionOptions& options)
     {
         co_return writeToStandardOutput(completionScript(options)) == 0 ? exitSuccess : exitFailure;
@@ -74,9 +103,12 @@ private:
     const TranscriptionServiceProvider m_engines{m_catalogue, m_modelFiles, currentPlatformTraits(), m_whisper,
                                                  m_platform};
 
+    DesktopAppLauncher m_appLauncher{m_clock};
+    ExecutableAutomations m_automations{m_paths.automationsFolder, m_clock};
+    TranscriptRules m_rules{{m_storage, m_analytics, m_appLauncher, m_automations, m_notices, m_clock}, m_log};
     StandardOutput m_output{m_terminal, m_paths.recordingsFolder};
     TranscriptProcessingService m_pipeline{
-        TranscriptProcessingService::defaultSteps(m_output, m_history, m_notices, m_log)};
+        TranscriptProcessingService::defaultSteps({m_output, m_storage, m_notices, m_rules, &m_history}, m_log)};
     TranscriptionSessionManager m_session{
         [this](const auto& model, auto source) { return m_engines.service(model, source, {m_recognition.language}); },
         m_pipeline, m_storage, m_log.logger("session")};

@@ -1,14 +1,18 @@
 #include "app/Program.h"
 #include "app/cli/CommandLine.h"
-#include "app/cli/DictateCommand.h"
-#include "app/cli/DoctorCommand.h"
 #include "app/cli/ExitCode.h"
-#include "app/cli/InterruptedDictationNotice.h"
-#include "app/cli/MicrophoneReport.h"
-#include "app/cli/SessionDiagnostics.h"
-#include "app/cli/TerminalFeedback.h"
-#include "app/cli/TranscribeCommand.h"
+#include "app/cli/doctor/DoctorCommand.h"
+#include "app/cli/doctor/MicrophoneReport.h"
+#include "app/cli/doctor/SessionDiagnostics.h"
 #include "app/cli/history/HistoryCommand.h"
+#include "app/cli/recognition/DictateCommand.h"
+#include "app/cli/recognition/InterruptedDictationNotice.h"
+#include "app/cli/recognition/TranscribeCommand.h"
+#include "app/cli/remote/RemoteCommand.h"
+#include "app/cli/terminal/TerminalFeedback.h"
+#include "app/desktop/Application.h"
+#include "app/desktop/DesktopProgram.h"
+#include "app/desktop/ports/DesktopDiagnostics.h"
 #include "app/overlay/OverlayManager.h"
 #include "app/whisper/OpenMPWaitPolicy.h"
 #include "core/session/ConfigurationManager.h"
@@ -16,6 +20,7 @@
 #include "core/session/InterruptedDictationRecovery.h"
 #include "core/session/ShortcutUserFeedbackService.h"
 #include "platform/freedesktop/ClipboardProgram.h"
+#include "platform/freedesktop/DBusInstance.h"
 #include "platform/media/MediaFileAudioInput.h"
 #include "platform/pulse/PulseAudioInput.h"
 #include "platform/pulse/PulseAudioPlayer.h"
@@ -75,7 +80,8 @@ Task<int> Program::run(const HistoryOptions& options)
     if (interrupted)
         noticeInterruptedDictation(*interrupted, m_terminal);
 
-    HistoryEntryActionsService actions(m_history, m_session, m_notices, m_clock, {}, m_log.logger("history"));
+    HistoryEntryActionsService actions(m_history, m_session, m_rules.replacements, m_notices, m_clock, {},
+                                       m_log.logger("history"));
     PulseAudioPlayer player(m_converter, m_log.logger("pulse"));
     ClipboardProgram clipboard(m_clock);
     InterruptSignals interrupts;
@@ -93,8 +99,22 @@ Task<int> Program::run(const DoctorOptions& options)
     PulseDiagnostics pulse(m_log.logger("pulse"));
     PulseAudioInput input(m_log.logger("pulse"));
     MicrophoneReport microphones(input);
-    DoctorCommand command(options, {session, pulse, microphones, m_models}, m_terminal);
+    DesktopDiagnostics desktop(environmentVariable, m_paths, m_storage, m_clock, m_log);
+    DoctorCommand command(options, {session, desktop, pulse, microphones, m_models}, m_terminal);
     co_return co_await command.run();
+}
+
+Task<int> Program::run(const RunOptions&)
+{
+    const DesktopFoundation foundation{m_paths,     m_dictationLock, m_log,         m_clock,  m_storage, m_history,
+                                       m_analytics, m_appLauncher,   m_automations, m_models, m_engines, m_terminal};
+    co_return co_await runDesktopProgram(foundation);
+}
+
+Task<int> Program::run(const RemoteOptions& options)
+{
+    DBusInstance instance;
+    co_return co_await askRunningInstance(options, instance, m_terminal);
 }
 
 Task<void> Program::execute(int& exitCode)
@@ -116,7 +136,9 @@ int main(int argc, char** argv)
     auto command = parseCommandLine(argc, argv);
     if (!command)
         return command.error();
-    const QCoreApplication application(argc, argv);
+    const auto application = makeApplication(*command, argc, argv);
+    if (!application)
+        return exitFailure;
     int exitCode = exitFailure;
     Program program(std::move(*command));
     TaskScope scope;

@@ -1,6 +1,7 @@
 #include "base/AtomicFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -147,22 +148,41 @@ void removeLeftovers(const fs::path& path)
     }
 }
 
+namespace {
+
+/// `path` names it in errors.
+Result<std::string, FileError> readToTheEnd(int file, const fs::path& path)
+{
+    std::string content;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const auto count = ::read(file, piece.data(), piece.size());
+        if (count == 0)
+            return content;
+        if (count > 0) {
+            content.append(piece.data(), static_cast<std::size_t>(count));
+        } else if (errno == EAGAIN) { // whoever started this program has it so
+            pollfd readable{file, POLLIN, 0};
+            ::poll(&readable, 1, -1);
+        } else if (errno != EINTR) {
+            return systemFailure(path);
+        }
+    }
+}
+
+} // namespace
+
 Result<std::string, FileError> readWholeFile(const fs::path& path)
 {
     const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!descriptor.isOpen())
         return systemFailure(path);
-    std::string content;
-    std::array<char, 65536> piece;
-    for (;;) {
-        const auto count = ::read(descriptor.get(), piece.data(), piece.size());
-        if (count == 0)
-            return content;
-        if (count > 0)
-            content.append(piece.data(), static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            return systemFailure(path);
-    }
+    return readToTheEnd(descriptor.get(), path);
+}
+
+Result<std::string, FileError> readStandardInput()
+{
+    return readToTheEnd(STDIN_FILENO, "standard input");
 }
 
 } // namespace vocalith

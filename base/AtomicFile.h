@@ -41,4 +41,7 @@ void removeLeftovers(const std::filesystem::path& path);
 /// The whole content of a file. Any thread.
 Result<std::string, FileError> readWholeFile(const std::filesystem::path& path);
 
+/// What comes on standard input, to its end. Blocks until then; any thread.
+Result<std::string, FileError> readStandardInput();
+
 } // namespace vocalith

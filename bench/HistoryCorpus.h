@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Json.h"
-#include "core/storage/history/HistoryFolder.h"
+#include "core/storage/history/archive/HistoryFolder.h"
 #include "models/HistoryEntry.h"
 
 #include <array>

@@ -3,6 +3,8 @@
 
 #include "app/overlay/OverlayManager.h"
 #include "app/whisper/WhisperCPPType.h"
+#include "bench/Bystander.h"
+#include "bench/Median.h"
 #include "bench/RecordingBench.h"
 #include "core/output/TextOutput.h"
 #include "core/session/ConfigurationManager.h"
@@ -12,16 +14,12 @@
 #include "core/speech/whisper/ModelFileManager.h"
 #include "core/storage/history/HistoryService.h"
 #include "platform/media/FFmpegPCMConverter.h"
-#include "ports/Analytics.h"
-#include "ports/Notices.h"
-#include "ports/SoundPlayer.h"
-#include "ports/SystemVolume.h"
+#include "tests/support/DesktopRules.h"
 #include "tests/support/ScriptedWhisperModel.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace vocalith;
@@ -80,25 +78,11 @@ private:
 
 class TimedOutput final : public TextOutput {
 public:
-    Task<Result<void, TextOutputError>> deliver(std::string) override
+    Task<Result<TextDestination, TextOutputError>> deliver(std::string, ActionMode) override
     {
         delivered = seconds();
-        co_return Result<void, TextOutputError>();
+        co_return TextDestination::application;
     }
-};
-
-/// Those who are told things that a benchmark does not look at.
-struct Bystander final : Analytics, Notices, SoundPlayer, SystemVolume, OverlayDisplay {
-    void event(std::string_view) override {}
-    void show(std::string_view) override {}
-    Result<void, std::string> play(Sound) override { return {}; }
-    void stop() override {}
-    void restore() override {}
-    void show(const OverlayVisibilityState&) override {}
-    void showIndicator(ProcessingIndicator::State) override {}
-    void showProgress(double) override {}
-    void dictationEnded(const DictationOutcome&) override { ended = true; }
-    bool ended = false;
 };
 
 struct Stage {
@@ -142,7 +126,7 @@ struct Stage {
     const Uuid shortcut = Uuid::random();
     SystemClock clock;
     bench::FedAudioInput input;
-    Bystander bystander;
+    bench::Bystander bystander;
     TimedOutput output;
     ModelFileManager files;
     const LogService log = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
@@ -156,7 +140,9 @@ struct Stage {
     FFmpegPCMConverter converter;
     TimedWhisperType type;
     WhisperTranscriptionService whisper{storage, files, converter, type, clock, Logger()};
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, bystander, log)};
+    test::DesktopRules desktop{storage, bystander, clock, log};
+    TranscriptProcessingService pipeline{
+        TranscriptProcessingService::defaultSteps({output, storage, bystander, desktop.rules, &history}, log)};
     TranscriptionSessionManager session{
         [this](const TranscriptionModelID& model,
                TranscriptionSource source) -> Result<std::unique_ptr<TranscriptionService>, TranscriptionError> {
@@ -198,8 +184,7 @@ int main(int argc, char** argv)
         }
     }
     fs::remove_all(home);
-    std::nth_element(ratios.begin(), ratios.begin() + kRuns / 2, ratios.end());
-    const double ratio = ratios[kRuns / 2];
+    const double ratio = bench::median(ratios);
     std::printf("dictation overhead to decode: ratio %.4f (limit %.2f)\n", ratio, kLimit);
     return ratio <= kLimit ? 0 : 1;
 }

@@ -1,6 +1,6 @@
+#include "bench/Median.h"
 #include "models/TranscriptExport.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -46,13 +46,6 @@ double secondsPerExport(const TranscriptionData& data, const ExportFormat& forma
     return (cpuSeconds() - start) / times;
 }
 
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::ranges::nth_element(values, middle);
-    return *middle;
-}
-
 } // namespace
 
 int main()
@@ -71,9 +64,9 @@ int main()
             largeTimes.push_back(secondsPerExport(large, format, 1));
             ratios.push_back(largeTimes.back() / smallTime);
         }
-        const double ratio = median(ratios);
+        const double ratio = bench::median(ratios);
         std::printf("export %s: ratio %.2f (limit %.0f), 100,000 segments in %.0f ms\n",
-                    std::string(fileExtension(format)).c_str(), ratio, kLimit, median(largeTimes) * 1000);
+                    std::string(fileExtension(format)).c_str(), ratio, kLimit, bench::median(largeTimes) * 1000);
         withinLimit = withinLimit && ratio <= kLimit;
     }
     return withinLimit ? 0 : 1;

@@ -1,6 +1,7 @@
 // The first words are not waited for: the time from asking for a capture to its first samples, against the least that a
 // client of the same library can do, on both audio servers.
 
+#include "bench/Median.h"
 #include "platform/pulse/PulseAudioInput.h"
 #include "tests/support/AudioServer.h"
 #include "tests/support/MainLoop.h"
@@ -9,7 +10,6 @@
 
 #include <QCoreApplication>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <thread>
@@ -90,12 +90,6 @@ Milliseconds bare(const std::string& address)
     return passed;
 }
 
-double median(std::vector<Milliseconds> times)
-{
-    std::ranges::sort(times);
-    return times[times.size() / 2].count();
-}
-
 /// `wait` is what both would wait for on a sound card, and do not wait for here.
 bool measure(AudioServer::Kind kind, const char* name, Milliseconds wait)
 {
@@ -114,8 +108,10 @@ bool measure(AudioServer::Kind kind, const char* name, Milliseconds wait)
         least.push_back(bare(server.address()));
         mine.push_back(ours(server.address()));
     }
-    const double ratio = (median(mine) + wait.count()) / (median(least) + wait.count());
-    std::printf("%s: %.1f ms, a bare client %.1f ms\n", name, median(mine), median(least));
+    const Milliseconds ourTime = bench::median(mine);
+    const Milliseconds bareTime = bench::median(least);
+    const double ratio = (ourTime + wait) / (bareTime + wait);
+    std::printf("%s: %.1f ms, a bare client %.1f ms\n", name, ourTime.count(), bareTime.count());
     std::printf("first sample from %s: ratio %.2f (limit %.1f)\n", name, ratio, kLimit);
     return ratio <= kLimit;
 }

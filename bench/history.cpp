@@ -8,8 +8,9 @@
 
 #include "base/AtomicFile.h"
 #include "bench/HistoryCorpus.h"
-#include "core/storage/history/HistoryArchive.h"
+#include "bench/Median.h"
 #include "core/storage/history/HistoryStore.h"
+#include "core/storage/history/archive/HistoryArchive.h"
 
 #include <fmt/format.h>
 
@@ -38,19 +39,12 @@ double seconds(const std::function<void()>& work)
     return toSeconds(std::chrono::steady_clock::now() - before);
 }
 
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
 double medianSeconds(int runs, const std::function<void()>& work)
 {
     std::vector<double> times;
     for (int i = 0; i < runs; ++i)
         times.push_back(seconds(work));
-    return median(std::move(times));
+    return bench::median(std::move(times));
 }
 
 bool verdict(const char* name, double ratio, double limit, const std::string& detail)
@@ -256,10 +250,10 @@ bool upserts(const GeneratedHistory& history)
         noted.push_back(seconds([&] { archive.noteWritten(entry); }));
         bare.push_back(seconds([&] { bareWrite(bareFolder / entry.id.toString(), content); }));
     }
-    const double ratio = median(kept) / median(bare);
+    const double ratio = bench::median(kept) / bench::median(bare);
     return verdict("history_upsert", ratio, kLimit,
                    fmt::format("{:.2f} ms, bare {:.2f} ms; the index is told afterwards in {:.2f} ms",
-                               median(kept) * 1e3, median(bare) * 1e3, median(noted) * 1e3));
+                               bench::median(kept) * 1e3, bench::median(bare) * 1e3, bench::median(noted) * 1e3));
 }
 
 /// The most memory that a process takes to look through that history, in kB.

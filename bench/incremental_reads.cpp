@@ -1,9 +1,9 @@
 // A streaming engine reads a recording while it grows: ten reads a second for an hour. A read at the end of the hour
 // costs what one at its beginning does.
 
+#include "bench/Median.h"
 #include "bench/RecordingBench.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -14,13 +14,6 @@ namespace {
 constexpr std::size_t kReads = 36000;
 constexpr std::size_t kCompared = kReads / 20;
 constexpr double kLimit = 1.5;
-
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 } // namespace
 
@@ -42,8 +35,8 @@ int main()
             return 2;
         }
     }
-    const double first = median({microseconds.begin(), microseconds.begin() + kCompared});
-    const double last = median({microseconds.end() - kCompared, microseconds.end()});
+    const double first = bench::median<double>({microseconds.begin(), microseconds.begin() + kCompared});
+    const double last = bench::median<double>({microseconds.end() - kCompared, microseconds.end()});
     const double ratio = last / first;
     std::printf(
         "incremental_reads: ratio %.2f (limit %.2f); %.2f us a read at the beginning of the hour, %.2f us at its "

@@ -1,9 +1,15 @@
 #include "app/cli/CommandLine.h"
 
 #include "app/cli/ExitCode.h"
+#include "app/cli/commands/CommandsCommandLine.h"
 #include "app/cli/completion/CompletionCommandLine.h"
 #include "app/cli/history/HistoryCommandLine.h"
+#include "app/cli/process/ProcessCommandLine.h"
+#include "app/cli/remote/RemoteCommandLine.h"
+#include "app/cli/replacements/ReplacementsCommandLine.h"
+#include "app/cli/scripts/ScriptsCommandLine.h"
 #include "app/cli/settings/SettingsCommandLine.h"
+#include "app/cli/shortcuts/ShortcutsCommandLine.h"
 #include "models/WhisperLanguage.h"
 
 #include <CLI/CLI.hpp>
@@ -16,12 +22,15 @@ namespace {
 
 constexpr const char* kFooter = R"(
 Examples:
+  vocalith run                            the program with its shortcuts; stays in the tray
+  vocalith toggle                         start or end a dictation, from any key binding
   vocalith dictate                        speak, press Enter, read the text
   vocalith dictate --audio memo.m4a       the same, with speech from a file
   vocalith transcribe talk.mp4 -o talk.srt
   vocalith models list
   vocalith history search invoice         what was dictated before
   vocalith settings list
+  vocalith process --explain < text.txt   try your rules without speaking
   vocalith doctor                         what works here, and what is missing
 
 Text goes to standard output, everything else to standard error.
@@ -134,13 +143,25 @@ public:
             return Command(m_parsed.models);
         if (m_doctor->parsed())
             return Command(m_parsed.doctor);
+        if (auto command = m_remote.options())
+            return std::move(*command);
         if (m_history.isParsed()) {
             auto options = m_history.options();
             return options ? Result<Command, int>(*std::move(options)) : failure(complain(options.error()));
         }
         if (auto options = m_settings.options())
             return Command(std::move(*options));
+        if (auto options = m_shortcuts.options())
+            return Command(std::move(*options));
+        if (auto options = m_commands.options())
+            return Command(std::move(*options));
+        if (auto options = m_replacements.options())
+            return Command(std::move(*options));
         if (auto options = m_completion.options())
+            return Command(std::move(*options));
+        if (auto options = m_process.options())
+            return Command(std::move(*options));
+        if (auto options = m_scripts.options())
             return Command(std::move(*options));
         return failure(complain(whatIsMissing()));
     }
@@ -161,8 +182,14 @@ private:
     CLI::App* m_models = m_app.add_subcommand("models", "The voice models");
     CLI::App* m_list = m_models->add_subcommand("list", "List the voice models and which of them can be used now");
     CLI::App* m_doctor = m_app.add_subcommand("doctor", "Examine this machine and say what is missing");
+    RemoteCommandLine m_remote{m_app};
     HistoryCommandLine m_history{m_app};
     SettingsCommandLine m_settings{m_app};
+    ShortcutsCommandLine m_shortcuts{m_app};
+    ProcessCommandLine m_process{m_app};
+    ScriptsCommandLine m_scripts{m_app};
+    ReplacementsCommandLine m_replacements{m_app};
+    CommandsCommandLine m_commands{m_app};
     CompletionCommandLine m_completion{m_app};
 };
 

@@ -1,12 +1,18 @@
 #pragma once
 
-#include "app/cli/RecognitionOptions.h"
+#include "app/cli/commands/CommandsOptions.h"
 #include "app/cli/completion/CompletionOptions.h"
 #include "app/cli/history/HistoryOptions.h"
+#include "app/cli/process/ProcessOptions.h"
+#include "app/cli/recognition/RecognitionOptions.h"
+#include "app/cli/replacements/ReplacementsOptions.h"
+#include "app/cli/scripts/ScriptsOptions.h"
 #include "app/cli/settings/SettingsOptions.h"
+#include "app/cli/shortcuts/ShortcutsOptions.h"
 #include "models/RecordingMode.h"
 #include "models/TranscriptExport.h"
 #include "models/TranscriptionModelID.h"
+#include "ports/RunningInstance.h"
 
 #include <filesystem>
 #include <optional>
@@ -42,7 +48,16 @@ struct DoctorOptions {
     bool json = false;
 };
 
+/// `vocalith run`: the program itself, until it is told to quit.
+struct RunOptions {};
+
+/// `vocalith start|stop|toggle|cancel|open`: something for the running program.
+struct RemoteOptions {
+    InstanceRequest request;
+};
+
 using Command = std::variant<DictateOptions, TranscribeOptions, ModelsOptions, DoctorOptions, HistoryOptions,
-                             SettingsOptions, CompletionOptions>;
+                             SettingsOptions, ShortcutsOptions, CompletionOptions, RunOptions, RemoteOptions,
+                             ProcessOptions, ScriptsOptions, CommandsOptions, ReplacementsOptions>;
 
 } // namespace vocalith

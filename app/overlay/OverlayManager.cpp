@@ -6,34 +6,27 @@
 #include "ports/Analytics.h"
 #include "ports/Notices.h"
 
-#include <system_error>
-
 namespace vocalith {
 namespace {
-
-std::string describe(const OverlayActivationMode& mode)
-{
-    const auto* prompt = std::get_if<AIPrompt>(&mode);
-    return prompt ? "aiPrompt(" + prompt->name + ")" : "voiceJournal";
-}
 
 bool isPermissionDenied(const AudioRecordingFailure& error)
 {
     return error.input && error.input->kind == AudioInputError::Kind::permissionDenied;
 }
 
-std::filesystem::path fileOf(const FinishedRecording& recording)
-{
-    return filePath(recording.audioFile.fileBookmark).value_or(std::filesystem::path());
-}
-
 } // namespace
 
 OverlayManager::OverlayManager(OverlayManagerServices services, Logger logger)
-    : m_services(services), m_logger(std::move(logger))
+    : m_services(services), m_logger(std::move(logger)), m_mode(services.configurationManager),
+      m_recording(services.audioRecordingManager, services.historyService, minimumRecordingDuration, m_logger),
+      m_engine(services.sessionManager, m_mode, m_logger)
 {
     m_activation = m_services.shortcutNotifier.state.subscribe([this](const auto& state) { activationChanged(state); });
     m_escape = m_services.shortcutNotifier.escapeTriggered.subscribe([this] { cancel(); });
+    m_return = m_services.shortcutNotifier.returnTriggered.subscribe([this] {
+        if (m_phase == Phase::recording)
+            finish();
+    });
     m_inputEnded = m_services.audioRecordingManager.ended.subscribe([this](const auto& reason) { inputEnded(reason); });
     m_textEvents = m_services.sessionManager.textEvent().subscribe([this](const TranscriptionState& event) {
         if (m_phase != Phase::recording && m_phase != Phase::processing)
@@ -41,16 +34,6 @@ OverlayManager::OverlayManager(OverlayManagerServices services, Logger logger)
         m_overlayState.textEvent = event;
         m_services.overlayDisplay.show(m_overlayState);
     });
-}
-
-Task<void> OverlayManager::shutDown()
-{
-    if (m_phase != Phase::idle)
-        cancel();
-    co_await m_recordingSetupTask.untilEmpty();
-    co_await m_stateHandlingTask.untilEmpty();
-    co_await m_completionTask.untilEmpty();
-    co_await m_cleanUpTask.untilEmpty();
 }
 
 void OverlayManager::activationChanged(const KeyboardActivationState& state)
@@ -86,10 +69,11 @@ void OverlayManager::activated(const Uuid& shortcutID)
 
 void OverlayManager::completed(const Uuid& shortcutID)
 {
-    if (!m_services.configurationManager.activation(shortcutID))
-        m_logger.error("Invalid shortcut id: " + shortcutID.toString());
-    else if (m_phase == Phase::recording)
+    // Also for a shortcut that the settings have lost meanwhile: nobody else would end the recording.
+    if (m_phase == Phase::recording)
         finish();
+    else if (!m_services.configurationManager.activation(shortcutID))
+        m_logger.error("Invalid shortcut id: " + shortcutID.toString());
     else if (m_phase != Phase::idle)
         m_logger.info("Overlay manager will ignore shortcut state update, already processing recorging");
 }
@@ -99,11 +83,9 @@ void OverlayManager::begin(const OverlayActivationModeWithShortcutIndex& activat
     const auto& configuration = *m_services.configurationManager.configuration();
     m_phase = Phase::recording;
     m_overlayState = {Uuid::random(), {}, std::nullopt};
-    m_activationMode = activation.mode;
-    m_creationDate = m_services.clock.now();
-    m_engineFailure.reset();
-    m_interruption.reset();
-    m_recording.reset();
+    m_mode.begin(activation.mode);
+    m_recording.begin(m_overlayState.sessionID, m_services.clock.now());
+    m_engine.begin();
 
     // The microphone comes before everything else: people begin to speak as they press.
     RecordingRequest request{m_overlayState.sessionID, configuration.recordingMode};
@@ -113,11 +95,14 @@ void OverlayManager::begin(const OverlayActivationModeWithShortcutIndex& activat
         return;
 
     m_logger.info("New overlay state: " + m_overlayState.sessionID.toString());
+    m_services.overlayDisplay.showPrompt(m_mode.choice());
     m_services.overlayDisplay.show(m_overlayState);
     m_services.overlayDisplay.showIndicator(ProcessingIndicator::State::starting);
-    m_logger.info("New activation mode: " + describe(m_activationMode));
-    m_services.shortcutFeedbackService.recordingStarted();
+    m_logger.info("New activation mode: " + m_mode.describe());
+    m_services.shortcutFeedbackService.recordingStarted(configuration.recordingMode);
     m_stateHandlingTask.start(prepareEngine());
+    if (m_phase == Phase::recording)
+        setPhase(m_phase); // last: whoever is told may end it
 }
 
 Task<void> OverlayManager::setUpRecording(RecordingRequest request)
@@ -134,26 +119,20 @@ void OverlayManager::recordingFailed(const AudioRecordingFailure& error)
     abort({.message = userMessage(error)});
 }
 
+void OverlayManager::choosePrompt(int number)
+{
+    const auto* prompt = m_phase == Phase::recording ? m_mode.choose(number) : nullptr;
+    if (!prompt)
+        return;
+    m_services.sessionManager.changePrompt(prompt->id);
+    m_services.overlayDisplay.showPrompt(m_mode.choice());
+}
+
 Task<void> OverlayManager::prepareEngine()
 {
-    const auto& configuration = *m_services.configurationManager.configuration();
-    const auto* prompt = std::get_if<AIPrompt>(&m_activationMode);
-    const bool promptChooses = prompt && prompt->transcriptionModelID;
-    const TranscriptionModelID model = promptChooses ? *prompt->transcriptionModelID : configuration.defaultModel;
-    m_logger.info((promptChooses ? "Starting transcription with the prompt's model: "
-                                 : "Starting transcription with default model: ") +
-                  toString(model));
-
-    const auto engine = m_services.sessionManager.setEngine(model, TranscriptionSource::dictation);
-    if (!engine) {
-        m_engineFailure = SessionError{SessionError::Kind::engine, engine.error()};
-    } else {
-        const auto started = co_await m_services.sessionManager.start();
-        if (!started && started.error().kind != SessionError::Kind::cancelled)
-            m_engineFailure = started.error();
-    }
+    co_await m_engine.prepare();
     // Without an engine there is no use in speaking on; what was said until now is kept.
-    if (m_engineFailure && m_phase == Phase::recording)
+    if (m_engine.failure() && m_phase == Phase::recording)
         finish();
 }
 
@@ -162,13 +141,24 @@ void OverlayManager::inputEnded(const Result<void, AudioInputError>& reason)
     if (m_phase != Phase::recording)
         return;
     if (!reason)
-        m_interruption = reason.error();
+        m_recording.interrupted(reason.error());
     finish();
+}
+
+void OverlayManager::setPhase(Phase newPhase)
+{
+    m_phase = newPhase;
+    switch (newPhase) {
+    case Phase::idle: phase.set(DictationPhase::idle); break;
+    case Phase::recording: phase.set(DictationPhase::recording); break;
+    case Phase::processing:
+    case Phase::ending: phase.set(DictationPhase::processing); break;
+    }
 }
 
 void OverlayManager::finish()
 {
-    m_phase = Phase::processing;
+    setPhase(Phase::processing);
     m_services.overlayDisplay.showIndicator(ProcessingIndicator::State::transcribing);
     m_completionTask.start(completeDictation());
 }
@@ -176,51 +166,57 @@ void OverlayManager::finish()
 Task<void> OverlayManager::completeDictation()
 {
     co_await m_recordingSetupTask.untilEmpty();
-    auto stopped = co_await m_services.audioRecordingManager.stop();
-    if (stopped)
-        m_recording = std::move(*stopped);
+    const auto stopped = co_await m_recording.stop();
     if (m_phase != Phase::processing)
         co_return;
-    m_services.shortcutFeedbackService.recordingEnded(isLongEnough());
-    if (m_recording && m_recording->interruption)
-        m_interruption = m_recording->interruption;
-    if (m_interruption && isLongEnough())
-        m_services.alertService.show(userMessage(*m_interruption));
+    m_services.shortcutFeedbackService.recordingEnded(m_recording.isLongEnough());
+    if (m_recording.interruption() && m_recording.isLongEnough())
+        m_services.alertService.show(userMessage(*m_recording.interruption()));
 
     co_await m_stateHandlingTask.untilEmpty(); // the model may still be loading
     if (m_phase != Phase::processing)
         co_return;
-    if (m_engineFailure) {
-        const auto reason = *m_engineFailure;
-        co_await fail(reason);
-    } else if (!m_recording && !m_interruption) {
-        end(dictation_outcome::Failed{.message = userMessage(stopped.error())});
-    } else if (!isLongEnough()) {
-        co_await endTooShort();
-    } else {
-        auto request = completionRequest();
-        auto outcome = co_await m_services.sessionManager.complete(std::move(request));
+    if (!m_engine.isForMode()) { // another prompt was chosen, with its own model
+        co_await m_engine.prepare();
         if (m_phase != Phase::processing)
             co_return;
-        if (outcome) {
-            auto done = std::move(*outcome);
-            co_await conclude(std::move(done));
-        } else {
-            const auto reason = outcome.error();
-            co_await fail(reason);
-        }
+    }
+    if (m_engine.failure()) {
+        const auto reason = *m_engine.failure();
+        co_await fail(reason);
+    } else if (!m_recording.exists() && !m_recording.interruption()) {
+        end(dictation_outcome::Failed{.message = userMessage(stopped.error())});
+    } else if (!m_recording.isLongEnough()) {
+        co_await endTooShort();
+    } else {
+        co_await recognise();
+    }
+}
+
+Task<void> OverlayManager::recognise()
+{
+    auto request = completionRequest();
+    auto outcome = co_await m_services.sessionManager.complete(std::move(request));
+    if (m_phase != Phase::processing)
+        co_return;
+    if (outcome) {
+        auto done = std::move(*outcome);
+        co_await conclude(std::move(done));
+    } else {
+        const auto reason = outcome.error();
+        co_await fail(reason);
     }
 }
 
 Task<void> OverlayManager::endTooShort()
 {
-    if (m_interruption) { // its sentence promises that what there is was kept
-        dictation_outcome::Failed failed{.message = userMessage(*m_interruption)};
+    if (m_recording.interruption()) { // its sentence promises that what there is was kept
+        dictation_outcome::Failed failed{.message = userMessage(*m_recording.interruption())};
         co_await endFailed(std::move(failed));
         co_return;
     }
-    const double elapsed = m_recording->elapsedTime;
-    removeRecording();
+    const double elapsed = m_recording.elapsedTime();
+    m_recording.remove();
     end(dictation_outcome::TooShort{elapsed});
 }
 
@@ -228,9 +224,9 @@ CompletionRequest OverlayManager::completionRequest() const
 {
     auto& display = m_services.overlayDisplay;
     return {m_overlayState.sessionID,
-            m_recording->audioFile,
-            m_activationMode,
-            m_creationDate,
+            m_recording.audioFile(),
+            m_mode.get(),
+            m_recording.creationDate(),
             [&display](ProcessingIndicator::State state) { display.showIndicator(state); },
             [&display](double progress) { display.showProgress(progress); }};
 }
@@ -246,17 +242,17 @@ Task<void> OverlayManager::conclude(PipelineOutcome outcome)
         co_await endFailed(std::move(failed));
         co_return;
     }
-    m_lastSuccessfulActivationMode = m_activationMode;
+    m_lastSuccessfulActivationMode = m_mode.get();
     if (!entry) {
-        removeRecording();
+        m_recording.remove();
         if (m_services.historyService.isEnabled())
             m_services.alertService.show("The history could not be written, so this dictation is not in it.");
     }
-    if (outcome.end == PipelineOutcome::End::early)
-        end(dictation_outcome::EndedEarly{});
+    if (outcome.end == PipelineOutcome::End::early || outcome.context.transcript.empty())
+        end(dictation_outcome::EndedEarly{std::move(outcome.context.endReason)});
     else
         end(dictation_outcome::Delivered{std::move(outcome.context.dictationResult.transcriptionData),
-                                         std::move(outcome.context.transcript)});
+                                         std::move(outcome.context.transcript), outcome.context.destination});
 }
 
 Task<void> OverlayManager::fail(SessionError error)
@@ -269,30 +265,16 @@ Task<void> OverlayManager::fail(SessionError error)
     if (engine)
         failed.detail = userMessage(error.cause);
     m_logger.error(failed.message + (failed.detail.empty() ? "" : ": " + failed.detail));
-    if (!isLongEnough()) {
-        removeRecording();
-        m_recording.reset();
-    }
+    if (!m_recording.isLongEnough())
+        m_recording.remove();
     co_await endFailed(std::move(failed));
 }
 
-/// Keeps what was recorded: in the history, or else as the file that it is. An entry that has the words already stays
-/// as it is.
 Task<void> OverlayManager::endFailed(dictation_outcome::Failed failed)
 {
-    m_phase = Phase::ending; // what is being kept is not to be thrown away by a late Escape
-    if (m_recording) {
-        failed.recording = fileOf(*m_recording);
-        if (!failed.historyEntry && m_services.historyService.isEnabled()) {
-            const HistoryEntry::DictationEntry failure =
-                HistoryEntry::FailureData{m_recording->audioFile, failed.message};
-            const HistoryEntry entry{m_overlayState.sessionID, m_creationDate, failure};
-            const auto kept = co_await m_services.historyService.upsert(entry);
-            if (kept)
-                failed.historyEntry = entry.id;
-        }
-    }
-    end(failed);
+    setPhase(Phase::ending); // what is being kept is not to be thrown away by a late Escape
+    auto kept = co_await m_recording.keep(std::move(failed));
+    end(std::move(kept));
 }
 
 void OverlayManager::cancel()
@@ -314,53 +296,73 @@ void OverlayManager::abort(dictation_outcome::Failed failed)
     m_cleanUpTask.start(unwind(std::move(failed)));
 }
 
+void OverlayManager::interrupt(std::string reason)
+{
+    if (m_phase != Phase::recording && m_phase != Phase::processing)
+        return;
+    m_logger.info("The dictation is interrupted: " + reason);
+    requestStop();
+    m_cleanUpTask.start(keep(std::move(reason)));
+}
+
+Task<void> OverlayManager::shutDown()
+{
+    interrupt("Vocalith was ended before the text was delivered.");
+    co_await untilStopped();
+    co_await m_cleanUpTask.untilEmpty();
+}
+
 void OverlayManager::requestStop()
 {
-    m_phase = Phase::ending;
+    setPhase(Phase::ending);
+    m_services.shortcutFeedbackService.recordingEnded(false);
     m_recordingSetupTask.requestStop();
     m_stateHandlingTask.requestStop();
     m_completionTask.requestStop();
 }
 
-Task<void> OverlayManager::unwind(DictationOutcome outcome)
+Task<void> OverlayManager::untilStopped()
 {
     co_await m_recordingSetupTask.untilEmpty();
     co_await m_stateHandlingTask.untilEmpty();
     co_await m_completionTask.untilEmpty();
+}
+
+Task<void> OverlayManager::unwind(DictationOutcome outcome)
+{
+    co_await untilStopped();
     co_await m_services.audioRecordingManager.cancel();
-    removeRecording();
+    m_recording.remove();
     end(outcome);
+}
+
+Task<void> OverlayManager::keep(std::string reason)
+{
+    co_await untilStopped();
+    co_await m_recording.stop();
+    if (!m_recording.isLongEnough()) {
+        m_recording.remove();
+        end(dictation_outcome::Cancelled{});
+        co_return;
+    }
+    auto failed = co_await m_recording.failureOf(std::move(reason));
+    co_await endFailed(std::move(failed));
 }
 
 void OverlayManager::end(const DictationOutcome& outcome)
 {
     m_services.sessionManager.releaseEngine();
-    m_services.audioRecordingManager.settle();
-    m_recording.reset();
+    m_recording.letGo();
     m_phase = Phase::idle;
     m_services.overlayDisplay.show(OverlayHidden{});
     m_services.overlayDisplay.dictationEnded(outcome);
     m_cleanUpTask.start(cleanUpHistory());
+    setPhase(m_phase); // last: whoever is told may begin another dictation
 }
 
 Task<void> OverlayManager::cleanUpHistory()
 {
     co_await m_services.historyService.cleanUpWhenDue();
-}
-
-bool OverlayManager::isLongEnough() const
-{
-    return m_recording && m_recording->elapsedTime > minimumRecordingDuration;
-}
-
-void OverlayManager::removeRecording()
-{
-    if (!m_recording)
-        return;
-    std::error_code error;
-    std::filesystem::remove(fileOf(*m_recording), error);
-    if (error)
-        m_logger.warning("Cannot remove the recording " + fileOf(*m_recording).string() + ": " + error.message());
 }
 
 } // namespace vocalith

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "app/overlay/DictationMode.h"
+#include "app/overlay/DictationRecording.h"
+#include "app/overlay/EnginePreparation.h"
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "base/TaskScope.h"
@@ -34,6 +37,9 @@ struct OverlayManagerServices {
     OverlayDisplay& overlayDisplay;
 };
 
+/// Where a dictation stands, for those who show it or change what keys do while it runs.
+enum class DictationPhase { idle, recording, processing };
+
 /// Carries one dictation at a time from the activation signal to the delivered text: idle, recording, processing, idle.
 /// Lives as long as the program; main thread. Cancellation from any state returns to idle and discards the recording;
 /// any other failure after speech was captured keeps it, as an entry of the history where the user wants one. A
@@ -46,13 +52,21 @@ public:
     OverlayManager(OverlayManagerServices services, Logger logger);
 
     bool isShowingOverlay() const { return m_phase != Phase::idle; }
+    /// Idle again once everything of a dictation is done, `dictationEnded` of the display included.
+    Observable<DictationPhase> phase;
+
+    /// Makes the running dictation one for the n-th prompt that the configuration had as it began, counted from 1. Of
+    /// no effect while nothing is recorded, and with a number that no prompt has.
+    void choosePrompt(int number);
     /// The mode of the last dictation that came to its end.
     const std::optional<OverlayActivationMode>& lastSuccessfulActivationMode() const
     {
         return m_lastSuccessfulActivationMode;
     }
 
-    /// Cancels what runs, as Escape does, and is done once all of it has ended. To be awaited before destruction.
+    /// Ends the recording or the processing that runs, and keeps what was said, as a failure with this sentence does.
+    void interrupt(std::string reason);
+    /// Interrupts what runs, and is done once all of it has ended. To be awaited before destruction.
     Task<void> shutDown();
 
 private:
@@ -67,6 +81,7 @@ private:
     void activated(const Uuid& shortcutID);
     void completed(const Uuid& shortcutID);
     void begin(const OverlayActivationModeWithShortcutIndex& activation);
+    void setPhase(Phase phase);
     void finish();
     void cancel();
     void abort(dictation_outcome::Failed failed);
@@ -75,7 +90,10 @@ private:
     Task<void> setUpRecording(RecordingRequest request);
     Task<void> prepareEngine();
     Task<void> completeDictation();
+    Task<void> recognise();
+    Task<void> untilStopped();
     Task<void> unwind(DictationOutcome outcome);
+    Task<void> keep(std::string reason);
     Task<void> conclude(PipelineOutcome outcome);
     Task<void> fail(SessionError error);
     Task<void> endTooShort();
@@ -86,20 +104,16 @@ private:
     void recordingFailed(const AudioRecordingFailure& error);
     CompletionRequest completionRequest() const;
     void end(const DictationOutcome& outcome);
-    bool isLongEnough() const;
-    void removeRecording();
 
     OverlayManagerServices m_services;
     const Logger m_logger;
 
     Phase m_phase = Phase::idle;
     OverlayState m_overlayState;
-    OverlayActivationMode m_activationMode;
-    Date m_creationDate; ///< of the dictation
+    DictationMode m_mode;
+    DictationRecording m_recording;
+    EnginePreparation m_engine;
     std::optional<OverlayActivationMode> m_lastSuccessfulActivationMode;
-    std::optional<FinishedRecording> m_recording;
-    std::optional<SessionError> m_engineFailure;
-    std::optional<AudioInputError> m_interruption; ///< of the recording's input, wholly or in part
 
     TaskScope m_recordingSetupTask;
     TaskScope m_stateHandlingTask;
@@ -108,6 +122,7 @@ private:
 
     Subscription m_activation;
     Subscription m_escape;
+    Subscription m_return;
     Subscription m_inputEnded;
     Subscription m_textEvents;
 };

@@ -11,6 +11,7 @@
 #include "core/audio/AudioRecordingFailure.h"
 #include "core/audio/RecordingReader.h"
 #include "core/audio/RecordingRecovery.h"
+#include "core/audio/RecordingRequest.h"
 #include "core/storage/settings/AudioCrashRecoveryInfo.h"
 #include "models/AudioFile.h"
 #include "models/KeyboardCompanion.h"
@@ -30,14 +31,6 @@
 namespace vocalith {
 
 class PersistentAppStorage;
-
-struct RecordingRequest {
-    Uuid id; ///< of the dictation; names the file
-    RecordingMode mode = RecordingMode::microphone;
-    bool streaming = false;            ///< a streaming engine reads the recording while it grows
-    std::string deviceId{};            ///< the microphone; empty follows the default
-    bool forKeyboardExtension = false; ///< made on behalf of the companion keyboard
-};
 
 /// A recording that was stopped. Its file belongs to whoever stopped it.
 struct FinishedRecording {

@@ -9,13 +9,13 @@
 
 namespace vocalith {
 
-RecordingReader::RecordingReader(UniqueFd fd) : m_fd(std::move(fd)), m_position(kWavHeaderSize)
+RecordingReader::RecordingReader(FileDescriptor fd) : m_fd(std::move(fd)), m_position(kWavHeaderSize)
 {}
 
 std::optional<RecordingReader> RecordingReader::open(const std::filesystem::path& file)
 {
-    UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!fd)
+    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.isOpen())
         return std::nullopt;
     return RecordingReader(std::move(fd));
 }

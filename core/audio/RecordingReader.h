@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/audio/UniqueFd.h"
+#include "base/pipes/FileDescriptor.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -24,9 +24,9 @@ public:
     std::uint64_t lastProcessedBytes() const { return m_position; }
 
 private:
-    explicit RecordingReader(UniqueFd fd);
+    explicit RecordingReader(FileDescriptor fd);
 
-    UniqueFd m_fd;
+    FileDescriptor m_fd;
     std::uint64_t m_position;
 };
 

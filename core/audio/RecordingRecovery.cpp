@@ -1,7 +1,7 @@
 #include "core/audio/RecordingRecovery.h"
 
+#include "base/pipes/FileDescriptor.h"
 #include "core/audio/RecordingsFolder.h"
-#include "core/audio/UniqueFd.h"
 #include "core/audio/WavFile.h"
 #include "ports/AudioInput.h"
 
@@ -36,10 +36,10 @@ Failed kindOf(const WavError& error)
     return error.kind == WavError::Kind::diskFull ? Failed::diskFull : Failed::failed;
 }
 
-Result<UniqueFd, Failed> openAbandoned(const fs::path& file)
+Result<FileDescriptor, Failed> openAbandoned(const fs::path& file)
 {
-    UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!fd)
+    FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd.isOpen())
         return failure(errno == ENOENT || errno == ENOTDIR ? Failed::fileMissing : Failed::failed);
     struct ::stat status {};
     if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -101,8 +101,8 @@ Result<void, Failed> writeRecovered(int from, AudioRange audio, const fs::path& 
     }
     if (::rename(aside.c_str(), file.c_str()) != 0)
         return failure(Failed::failed);
-    const UniqueFd folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder || ::fsync(folder.get()) != 0)
+    const FileDescriptor folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen() || ::fsync(folder.get()) != 0)
         return failure(Failed::failed);
     return {};
 }

@@ -1,7 +1,5 @@
 #include "core/audio/RecordingsFolder.h"
 
-#include "core/audio/AudioRecordingManager.h"
-
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -16,18 +14,6 @@ bool makeRecordingsFolder(const std::filesystem::path& folder)
     if (::mkdir(folder.c_str(), S_IRWXU) == 0)
         return true;
     return errno == EEXIST && std::filesystem::is_directory(folder, error);
-}
-
-std::string fileName(const RecordingRequest& request)
-{
-    const char* prefix = "";
-    if (request.forKeyboardExtension)
-        prefix = "Vocalith-KeyboardExtension-";
-    else if (request.streaming)
-        prefix = "Vocalith-Stream-";
-    else if (request.mode == RecordingMode::systemAudio)
-        prefix = "Vocalith-SystemAudio-";
-    return prefix + request.id.toString() + ".wav";
 }
 
 } // namespace vocalith

@@ -139,13 +139,13 @@ Result<WavInfo, WavError> readWavHeader(int fd)
 
 Result<WavInfo, WavError> readWavHeader(const std::filesystem::path& file)
 {
-    const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!fd)
+    const FileDescriptor fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!fd.isOpen())
         return failure(systemError("open"));
     return readWavHeader(fd.get());
 }
 
-WavWriter::WavWriter(UniqueFd fd, Options options) : m_fd(std::move(fd)), m_options(std::move(options))
+WavWriter::WavWriter(FileDescriptor fd, Options options) : m_fd(std::move(fd)), m_options(std::move(options))
 {}
 
 Result<WavWriter, WavError> WavWriter::create(const std::filesystem::path& file)
@@ -155,8 +155,8 @@ Result<WavWriter, WavError> WavWriter::create(const std::filesystem::path& file)
 
 Result<WavWriter, WavError> WavWriter::create(const std::filesystem::path& file, Options options)
 {
-    UniqueFd fd(::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!fd)
+    FileDescriptor fd(::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!fd.isOpen())
         return failure(systemError("create"));
     // A file system without locks costs the protection from a second process, not the recording.
     ::flock(fd.get(), LOCK_EX | LOCK_NB);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Result.h"
-#include "core/audio/UniqueFd.h"
+#include "base/pipes/FileDescriptor.h"
 
 #include <sys/types.h>
 
@@ -75,12 +75,12 @@ public:
     std::uint64_t dataBytes() const { return m_dataBytes; }
 
 private:
-    WavWriter(UniqueFd fd, Options options);
+    WavWriter(FileDescriptor fd, Options options);
     /// Yields the bytes written up to the failure, if there was one, through `written`.
     Result<void, WavError> write(std::span<const std::byte> bytes, std::uint64_t offset, std::uint64_t& written) const;
     Result<void, WavError> writeHeader() const;
 
-    UniqueFd m_fd;
+    FileDescriptor m_fd;
     Options m_options;
     std::uint64_t m_dataBytes = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "base/Observable.h"
 #include "base/Uuid.h"
+#include "core/output/TextOutput.h"
 #include "models/AIConversation.h"
 #include "models/DictationResult.h"
 #include "models/DictationSession.h"
@@ -11,8 +12,16 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vocalith {
+
+/// Something that a step noted: "bash_script" and what the script printed, for instance.
+struct DiagnosticRecord {
+    std::string label;
+    std::string text;
+    bool operator==(const DiagnosticRecord&) const = default;
+};
 
 /// What the steps of one run read and rewrite.
 struct TranscriptProcessingContext {
@@ -30,6 +39,12 @@ struct TranscriptProcessingContext {
     Date creationDate;
     /// The run's entry as the history has it; absent while the history has none.
     std::optional<HistoryEntry> historyEntry;
+    /// Where the text is; absent until it has been delivered.
+    std::optional<TextDestination> destination;
+    /// What the steps have noted on their way, for those who look into the run; nothing else reads it.
+    std::vector<DiagnosticRecord> diagnostics;
+    /// Why nothing was inserted on purpose, as a sentence for people; empty unless that is so.
+    std::string endReason;
     /// The text as it stands after the steps run so far.
     std::string transcript;
 };

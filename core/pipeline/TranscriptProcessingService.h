@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "core/pipeline/TranscriptProcessingStep.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -11,7 +12,30 @@ namespace vocalith {
 
 class HistoryService;
 class Notices;
+class Pasteboard;
+class PersistentAppStorage;
 class TextOutput;
+class TranscriptRules;
+
+/// What the program's steps work with.
+struct TranscriptProcessingServices {
+    TextOutput& output;
+    PersistentAppStorage& appStorage;
+    Notices& notices;
+    TranscriptRules& rules;
+    HistoryService* history = nullptr; ///< null where nothing is to be kept
+    Pasteboard* pasteboard = nullptr;  ///< for automatic copies; null where there is no desktop
+};
+
+/// What one step did, for those who look into a run.
+struct StepReport {
+    std::string_view step;
+    std::string before; ///< the transcript
+    std::string after;
+    std::vector<DiagnosticRecord> diagnostics; ///< noted by this step
+    bool endedTheRun = false;
+    std::optional<StepFailure> failure;
+};
 
 /// How a run came to its end, with the context as it then stood: whatever happened, its `transcript` holds the words.
 struct PipelineOutcome {
@@ -32,16 +56,21 @@ class TranscriptProcessingService {
 public:
     using Steps = std::vector<std::unique_ptr<TranscriptProcessingStep>>;
 
-    /// The steps in the order in which they run.
-    explicit TranscriptProcessingService(Steps steps);
+    using Observer = std::function<void(const StepReport&)>;
+
+    /// The steps in the order in which they run. `observer`, where there is one, is told of each when it has run.
+    explicit TranscriptProcessingService(Steps steps, Observer observer = {});
 
     /// The program's own steps: the one place that says what happens to a dictation, and when.
-    static Steps defaultSteps(TextOutput& output, HistoryService& history, Notices& notices, const LogService& log);
+    static Steps defaultSteps(const TranscriptProcessingServices& services, const LogService& log);
 
     Task<PipelineOutcome> run(TranscriptProcessingContext context);
 
 private:
+    Task<Result<bool, StepFailure>> observed(TranscriptProcessingStep& step, TranscriptProcessingContext& context);
+
     const Steps m_steps;
+    const Observer m_observer;
 };
 
 } // namespace vocalith

@@ -5,6 +5,7 @@
 #include "core/pipeline/TranscriptProcessingContext.h"
 
 #include <string>
+#include <string_view>
 
 namespace vocalith {
 
@@ -19,6 +20,9 @@ struct StepFailure {
 class TranscriptProcessingStep {
 public:
     virtual ~TranscriptProcessingStep() = default;
+
+    /// Names it for those who look into a run: "SpacingStep", "ReplacementsStep (beforeAI)".
+    virtual std::string_view name() const = 0;
 
     /// Works on `context`, which outlives the task. `true` ends the run after this step, `false` goes on to the next.
     virtual Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) = 0;

@@ -25,7 +25,9 @@ struct DictationConfiguration {
         bool operator==(const Shortcut&) const = default;
     };
 
-    std::vector<Shortcut> shortcuts;
+    std::vector<Shortcut> shortcuts; ///< the main one first
+    std::vector<AIPrompt> prompts;   ///< numbered from 1 on
+    int numberKeys = 0;              ///< so many of them have a key that chooses them while a dictation runs
     TranscriptionModelID defaultModel;
     RecordingMode recordingMode = RecordingMode::microphone;
     std::string microphoneId; ///< empty follows the default microphone

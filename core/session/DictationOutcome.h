@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Uuid.h"
+#include "core/output/TextOutput.h"
 #include "models/TranscriptionData.h"
 
 #include <filesystem>
@@ -15,11 +16,13 @@ namespace dictation_outcome {
 
 struct Delivered {
     TranscriptionData transcription;
-    std::string text; ///< as it stood after the last step
+    std::string text;                             ///< as it stood after the last step
+    std::optional<TextDestination> destination{}; ///< absent when no text was left to deliver
     bool operator==(const Delivered&) const = default;
 };
 /// A step ended the run on purpose; nothing was inserted.
 struct EndedEarly {
+    std::string reason{}; ///< a sentence for people
     bool operator==(const EndedEarly&) const = default;
 };
 struct TooShort {

@@ -1,6 +1,7 @@
 #include "core/session/HistoryEntryActionsService.h"
 
 #include "base/Clock.h"
+#include "core/pipeline/replacements/WordReplacementService.h"
 #include "core/storage/history/HistoryService.h"
 #include "ports/Notices.h"
 
@@ -137,10 +138,10 @@ std::string userMessage(const HistoryActionError& error)
 
 HistoryEntryActionsService::HistoryEntryActionsService(HistoryService& history,
                                                        TranscriptionSessionManager& sessionManager,
-                                                       Notices& alertService, const Clock& clock,
-                                                       PromptRunner runPrompt, Logger logger)
-    : m_history(history), m_sessionManager(sessionManager), m_alertService(alertService), m_clock(clock),
-      m_runPrompt(std::move(runPrompt)), m_logger(std::move(logger))
+                                                       WordReplacementService& replacements, Notices& alertService,
+                                                       const Clock& clock, PromptRunner runPrompt, Logger logger)
+    : m_history(history), m_sessionManager(sessionManager), m_replacements(replacements), m_alertService(alertService),
+      m_clock(clock), m_runPrompt(std::move(runPrompt)), m_logger(std::move(logger))
 {}
 
 Task<HistoryEntryActionsService::Outcome>
@@ -248,15 +249,27 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::rewrite(Uu
         co_return failed(Kind::noText);
     if (!m_runPrompt)
         co_return failed(Kind::prompt, "No AI provider is set up.");
-    const std::string text = plainText(*recognised);
     const auto stop = co_await currentStopToken();
+    const auto text = co_await withReplacements(WordReplacementTiming::beforeAI, plainText(*recognised));
+    if (stop.stop_requested())
+        co_return failed(Kind::cancelled);
     auto answer = co_await m_runPrompt(prompt, text);
     if (stop.stop_requested())
         co_return failed(Kind::cancelled);
     if (!answer)
         co_return failed(Kind::prompt, std::move(answer.error()));
-    AITransform transform{std::move(prompt), *std::move(answer)};
+    auto finalText = co_await withReplacements(WordReplacementTiming::afterAI, *std::move(answer));
+    if (stop.stop_requested())
+        co_return failed(Kind::cancelled);
+    AITransform transform{std::move(prompt), std::move(finalText)};
     co_return co_await keepTransform(entryID, std::move(transform));
+}
+
+Task<std::string> HistoryEntryActionsService::withReplacements(WordReplacementTiming timing, std::string text)
+{
+    auto list = m_replacements.replacements(timing);
+    auto replaced = co_await m_replacements.apply(std::move(list), std::move(text));
+    co_return std::move(replaced.text);
 }
 
 Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::keepTransform(Uuid entryID, AITransform transform)
@@ -280,8 +293,7 @@ Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::find(Uuid 
 /// The user asked for it, so it is written even where no new dictations are kept.
 Task<HistoryEntryActionsService::Outcome> HistoryEntryActionsService::keep(HistoryEntry entry)
 {
-    auto writing = m_history.isEnabled() ? m_history.upsert(entry) : m_history.store()->upsert(entry);
-    const auto kept = co_await writing;
+    const auto kept = co_await m_history.upsert(entry);
     if (!kept)
         co_return failed(errorOf(kept.error()), finalText(entry));
     co_return entry;

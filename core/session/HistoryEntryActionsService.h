@@ -6,6 +6,7 @@
 #include "core/session/TranscriptionSessionManager.h"
 #include "core/storage/history/HistoryError.h"
 #include "models/HistoryEntry.h"
+#include "models/WordReplacement.h"
 
 #include <set>
 #include <vector>
@@ -15,6 +16,7 @@ namespace vocalith {
 class Clock;
 class HistoryService;
 class Notices;
+class WordReplacementService;
 
 /// Why an action on an entry of the history failed. The entry is then as it was.
 struct HistoryActionError {
@@ -49,13 +51,15 @@ public:
 
     /// `sessionManager` is this service's own: no dictation runs in it. Without `runPrompt` no prompt can be applied.
     HistoryEntryActionsService(HistoryService& history, TranscriptionSessionManager& sessionManager,
-                               Notices& alertService, const Clock& clock, PromptRunner runPrompt, Logger logger);
+                               WordReplacementService& replacements, Notices& alertService, const Clock& clock,
+                               PromptRunner runPrompt, Logger logger);
 
     /// Transcribes the entry's recording once more, with that model; yields the entry as it is kept. A failed entry
     /// becomes a successful one, a file gets its new transcript. A dictation that has words keeps them: its new
     /// transcript is a new entry, which shares the recording. `progress` is told 0..1.
     Task<Outcome> retryTranscription(Uuid entryID, TranscriptionModelID modelID, std::function<void(double)> progress);
-    /// Rewrites what the entry's dictation was recognised as, in place of an earlier rewrite.
+    /// Rewrites what the entry's dictation was recognised as, in place of an earlier rewrite. The word replacements
+    /// apply before and after, as in a dictation; what was recognised stays as it is.
     Task<Outcome> applyPrompt(Uuid entryID, AIPrompt prompt);
 
     Observable<EntryIDs> retryingTranscriptionEntryIDs;
@@ -67,6 +71,7 @@ private:
     transcribe(std::filesystem::path recording, TranscriptionModelID modelID, std::function<void(double)> progress);
     Task<Outcome> keepTranscript(Uuid entryID, TranscriptionData transcript);
     Task<Outcome> rewrite(Uuid entryID, AIPrompt prompt);
+    Task<std::string> withReplacements(WordReplacementTiming timing, std::string text);
     Task<Outcome> keepTransform(Uuid entryID, AITransform transform);
     /// An error bears the entry's text: it is nowhere else.
     Task<Outcome> keep(HistoryEntry entry);
@@ -76,6 +81,7 @@ private:
 
     HistoryService& m_history;
     TranscriptionSessionManager& m_sessionManager;
+    WordReplacementService& m_replacements;
     Notices& m_alertService;
     const Clock& m_clock;
     const PromptRunner m_runPrompt;

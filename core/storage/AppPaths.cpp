@@ -37,6 +37,7 @@ AppPaths pathsIn(const fs::path& config, const fs::path& data, const fs::path& t
     return {.settingsFile = config / "settings.json",
             .historyFolder = data / "History",
             .recordingsFolder = data / "VocalithRecordings",
+            .automationsFolder = config / "shortcuts",
             .modelsFolder = data / "Models",
             .bridgeScript = data / "mcp-bridge.sh",
             .temporaryFolder = temporary / "Temp",

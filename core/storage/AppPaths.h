@@ -12,7 +12,8 @@ struct AppPaths {
     std::filesystem::path settingsFile;
     std::filesystem::path historyFolder;
     std::filesystem::path recordingsFolder;
-    std::filesystem::path modelsFolder; ///< unless the user chose another
+    std::filesystem::path automationsFolder; ///< executables that spoken commands run by name
+    std::filesystem::path modelsFolder;      ///< unless the user chose another
     std::filesystem::path bridgeScript;
     std::filesystem::path temporaryFolder;
     std::filesystem::path indexFolder; ///< derived data: may be deleted at any time

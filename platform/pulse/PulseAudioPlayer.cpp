@@ -1,5 +1,6 @@
 #include "platform/pulse/PulseAudioPlayer.h"
 
+#include "base/OneShot.h"
 #include "platform/pulse/PulsePlayback_p.h"
 #include "ports/PCMConverter.h"
 
@@ -34,7 +35,8 @@ Task<Result<double, AudioPlayerError>> PulseAudioPlayer::play(std::filesystem::p
     OneShot<Result<double, AudioPlayerError>> ended;
     const auto handler = std::make_shared<PositionHandler>(std::move(position));
     const auto queue = std::make_shared<PlaybackQueue>();
-    const auto playback = std::make_shared<PulsePlayback>(*m_server, queue, ended.resolver(), teller(handler));
+    const auto playback =
+        std::make_shared<PulsePlayback>(*m_server, "Recording", queue, ended.resolver(), teller(handler));
     m_server->loop().post([playback] { playback->start(); });
     m_decoder.post([this, file, queue, playback, resolve = ended.resolver()] {
         const auto wakeUp = [&] { m_server->loop().post([playback] { playback->pump(); }); };

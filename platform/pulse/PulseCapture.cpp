@@ -90,6 +90,8 @@ void PulseCapture::look()
             surveyed(*state);
         else if (m_accepted) // a capture that runs learns on its own connection when the server is gone
             finish(state.error());
+        else if (m_connection && m_replacementLimit.isSet()) // it was too busy to say, and may say it the next time
+            awaitReplacement(state.error().detail);
         if (std::exchange(m_lookAgain, false) && m_connection)
             look();
     });
@@ -218,6 +220,8 @@ void PulseCapture::awaitReplacement(std::string whatHappened)
         return finish(lost);
     if (!m_replacementLimit.isSet())
         m_connection->startTimer(m_replacementLimit, m_server.times().replacement, [this, lost] { finish(lost); });
+    // Nobody may tell of the replacement, see PulseServer::freshConnection.
+    m_connection->startTimer(m_watchdog, m_server.times().replacement / 8, [this] { look(); });
 }
 
 void PulseCapture::readData()

@@ -164,17 +164,22 @@ PulseServer::~PulseServer()
 {
     m_loop.stop();
     m_connection.reset();
+    m_inquiring.reset();
+}
+
+std::shared_ptr<PulseConnection> PulseServer::connect(std::shared_ptr<PulseConnection>& kept, PulseTimes times)
+{
+    kept = std::make_shared<PulseConnection>(m_loop, m_address, times, [&kept](const PulseConnection& connection) {
+        if (kept.get() == &connection)
+            kept.reset();
+    });
+    return kept;
 }
 
 std::shared_ptr<PulseConnection> PulseServer::connection()
 {
-    if (!m_connection || m_connection->hasFailed()) {
-        const auto unused = [this](const PulseConnection& connection) {
-            if (m_connection.get() == &connection)
-                m_connection.reset();
-        };
-        m_connection = std::make_shared<PulseConnection>(m_loop, m_address, m_times, unused);
-    }
+    if (!m_connection || m_connection->hasFailed())
+        return connect(m_connection, m_times);
     return m_connection;
 }
 
@@ -183,7 +188,11 @@ std::shared_ptr<PulseConnection> PulseServer::freshConnection()
     auto shared = connection();
     if (shared->isFresh())
         return shared;
-    return std::make_shared<PulseConnection>(m_loop, m_address, m_times, [](const PulseConnection&) {});
+    if (m_inquiring && !m_inquiring->hasFailed() && m_inquiring->isFresh())
+        return m_inquiring;
+    auto times = m_times;
+    times.linger = std::chrono::milliseconds(0); // it will not be fresh for long
+    return connect(m_inquiring, times);
 }
 
 } // namespace vocalith

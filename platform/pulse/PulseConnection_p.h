@@ -87,15 +87,20 @@ public:
     /// The running connection, or a new one. The loop's thread.
     std::shared_ptr<PulseConnection> connection();
     /// A connection to ask for the defaults. PipeWire 0.3.65 now and then does not tell a connected client of a new
-    /// default, never, and goes on to answer with the old one; it tells the truth to whoever has just come.
+    /// default, never, and goes on to answer with the old one; it tells the truth to whoever has just come. Those who
+    /// ask while it is being made share it: a busy server lets a handful of new connections wait and refuses the
+    /// others.
     std::shared_ptr<PulseConnection> freshConnection();
 
 private:
+    std::shared_ptr<PulseConnection> connect(std::shared_ptr<PulseConnection>& kept, PulseTimes times);
+
     const std::string m_address;
     const PulseTimes m_times;
     const Logger m_logger;
     PulseLoop m_loop;
     std::shared_ptr<PulseConnection> m_connection; ///< the loop's thread's
+    std::shared_ptr<PulseConnection> m_inquiring;  ///< the loop's thread's
 };
 
 } // namespace vocalith

@@ -31,8 +31,10 @@ Kind kindOf(AudioInputError::Kind kind)
 
 } // namespace
 
-PulsePlayback::PulsePlayback(PulseServer& server, std::shared_ptr<PlaybackQueue> queue, Ended ended, Tell tell)
-    : m_server(server), m_queue(std::move(queue)), m_ended(std::move(ended)), m_tell(std::move(tell))
+PulsePlayback::PulsePlayback(PulseServer& server, std::string name, std::shared_ptr<PlaybackQueue> queue, Ended ended,
+                             Tell tell)
+    : m_server(server), m_name(std::move(name)), m_queue(std::move(queue)), m_ended(std::move(ended)),
+      m_tell(std::move(tell))
 {}
 
 void PulsePlayback::start()
@@ -59,7 +61,7 @@ void PulsePlayback::connected()
         fail({AudioInputError::Kind::serverLost, "the audio server does not answer"});
     });
     const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, kRate, 1};
-    m_stream.reset(pa_stream_new(&m_connection->context(), "Recording", &spec, nullptr));
+    m_stream.reset(pa_stream_new(&m_connection->context(), m_name.c_str(), &spec, nullptr));
     setCallbacks();
     pa_buffer_attr buffer{};
     buffer.maxlength = static_cast<std::uint32_t>(-1);

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "base/OneShot.h"
 #include "platform/pulse/PlaybackQueue_p.h"
 #include "platform/pulse/PulseConnection_p.h"
 #include "ports/AudioPlayer.h"
 
 #include <functional>
+#include <string>
 
 namespace vocalith {
 
@@ -13,10 +13,11 @@ namespace vocalith {
 /// holds it and lets the loop's thread, where everything else happens, start and close it.
 class PulsePlayback final : public PulseConnection::Client {
 public:
-    using Ended = OneShot<Result<double, AudioPlayerError>>::Resolver;
-    using Tell = std::function<void(double seconds)>; ///< called on the loop's thread
+    using Ended = std::function<void(Result<double, AudioPlayerError>)>; ///< called on the loop's thread
+    using Tell = std::function<void(double seconds)>;                    ///< called on the loop's thread
 
-    PulsePlayback(PulseServer& server, std::shared_ptr<PlaybackQueue> queue, Ended ended, Tell tell);
+    /// `name` is what the user reads in a mixer.
+    PulsePlayback(PulseServer& server, std::string name, std::shared_ptr<PlaybackQueue> queue, Ended ended, Tell tell);
 
     void start();
     void close();
@@ -37,6 +38,7 @@ private:
     double written() const;
 
     PulseServer& m_server;
+    const std::string m_name;
     const std::shared_ptr<PlaybackQueue> m_queue;
     const Ended m_ended;
     const Tell m_tell;

@@ -15,6 +15,8 @@ struct PulseTimes {
     /// How long a connection is kept after its last use, so that what comes in quick succession shares it: PipeWire
     /// refuses a few dozen connections at once.
     std::chrono::milliseconds linger{1000};
+    /// How long the end of the program is held up until a silenced output is given back.
+    std::chrono::milliseconds farewell{200};
 };
 
 } // namespace vocalith

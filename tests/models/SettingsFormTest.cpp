@@ -5,6 +5,7 @@
 #include "models/AIProvider.h"
 #include "models/HistoryStoragePolicy.h"
 #include "models/WordReplacement.h"
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ namespace {
 
 Json golden(const std::string& name)
 {
-    return parseJson(readFile(std::filesystem::path(VOCALITH_TEST_DATA) / "models" / (name + ".json"))).value();
+    return parseJson(readFile(testData() / "models" / (name + ".json"))).value();
 }
 
 TEST(SettingsForm, EveryProviderSurvivesALoadAndSaveUnderItsOwnName)

@@ -2,6 +2,7 @@
 #include "models/HistoryEntry.h"
 #include "models/KeyboardCompanion.h"
 #include "models/TranscriptionState.h"
+#include "tests/support/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,7 @@ namespace {
 
 std::string golden(const std::string& name)
 {
-    return readFile(std::filesystem::path(VOCALITH_TEST_DATA) / "models" / (name + ".json"));
+    return readFile(testData() / "models" / (name + ".json"));
 }
 
 template <class T>

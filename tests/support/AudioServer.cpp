@@ -1,5 +1,6 @@
 #include "tests/support/AudioServer.h"
 
+#include "tests/support/LocalSocket.h"
 #include "tests/support/MainLoop.h"
 
 #include <fmt/format.h>
@@ -8,9 +9,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,26 +22,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<char*> pointersTo(std::vector<std::string>& strings)
-{
-    std::vector<char*> pointers(strings.size() + 1); // a null pointer ends it
-    std::ranges::transform(strings, pointers.begin(), [](std::string& string) { return string.data(); });
-    return pointers;
-}
-
 std::span<const char> bytesOf(std::span<const std::int16_t> samples)
 {
     return {reinterpret_cast<const char*>(samples.data()), samples.size_bytes()};
 }
-
-/// A session bus that starts no services of the machine.
-constexpr const char* kBusConfiguration =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig><type>session</type><listen>unix:path={}</listen>
-<policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
-</busconfig>
-)";
 
 /// WirePlumber's configuration: the machine's own devices stay out of it. Where no logind runs, its part for Bluetooth
 /// would end it.
@@ -51,60 +34,6 @@ constexpr const char* kNoHardware =
     "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\nlibcamera_monitor.enabled = false\n";
 
 } // namespace
-
-ChildProcess::ChildProcess(std::vector<std::string> command, std::vector<std::string> environment,
-                           const fs::path& output)
-{
-    // Should the test program be killed, its children go with it.
-    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, (output.string() + ".err").c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    const int error = posix_spawnp(&m_id, command[0].c_str(), &files, nullptr, pointersTo(command).data(),
-                                   pointersTo(environment).data());
-    posix_spawn_file_actions_destroy(&files);
-    if (error != 0) {
-        m_id = 0;
-        ADD_FAILURE() << command[0] << " cannot be started";
-    }
-}
-
-ChildProcess::ChildProcess(ChildProcess&& other) noexcept : m_id(std::exchange(other.m_id, 0))
-{}
-
-ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept
-{
-    std::swap(m_id, other.m_id);
-    return *this;
-}
-
-ChildProcess::~ChildProcess()
-{
-    kill();
-}
-
-void ChildProcess::signal(int number) const
-{
-    if (m_id > 0)
-        ::kill(m_id, number);
-}
-
-int ChildProcess::wait()
-{
-    int status = -1;
-    if (const auto id = std::exchange(m_id, 0); id > 0)
-        waitpid(id, &status, 0);
-    return status;
-}
-
-void ChildProcess::kill()
-{
-    signal(SIGKILL);
-    wait();
-}
 
 PipeMicrophone::PipeMicrophone(const fs::path& pipe) : m_pipe(open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC))
 {
@@ -150,13 +79,12 @@ AudioServer::AudioServer(Kind kind) : m_kind(kind)
         fs::permissions(m_folder / folder, fs::perms::owner_all);
     }
     const auto run = (m_folder / "run").string();
-    const auto bus = "unix:path=" + (m_folder / "bus").string();
     m_address = "unix:" + (m_folder / "run" / "pulse" / "native").string();
     m_environment = {"HOME=" + (m_folder / "home").string(), "XDG_RUNTIME_DIR=" + run, "PIPEWIRE_RUNTIME_DIR=" + run,
                      "PULSE_RUNTIME_PATH=" + run + "/pulse", "PULSE_SERVER=" + m_address,
                      // The machine's own buses stay out of it.
-                     "DBUS_SESSION_BUS_ADDRESS=" + bus, "DBUS_SYSTEM_BUS_ADDRESS=" + bus, "PATH=/usr/bin:/bin",
-                     "LC_ALL=C"};
+                     "DBUS_SESSION_BUS_ADDRESS=" + m_bus.address(), "DBUS_SYSTEM_BUS_ADDRESS=" + m_bus.address(),
+                     "PATH=/usr/bin:/bin", "LC_ALL=C"};
     if (kind == Kind::pulseAudio)
         startPulseAudio();
     else
@@ -181,8 +109,6 @@ void AudioServer::startPulseAudio()
 
 void AudioServer::startPipeWire()
 {
-    const auto bus = m_folder / "bus";
-    writeFile(m_folder / "bus.conf", fmt::format(fmt::runtime(kBusConfiguration), bus.string()));
     const auto configuration = m_folder / "home" / ".config" / "wireplumber";
     writeFile(configuration / "bluetooth.lua.d" / "60-test.lua", kNoBluetooth);
     writeFile(configuration / "main.lua.d" / "60-test.lua", kNoHardware);
@@ -190,9 +116,8 @@ void AudioServer::startPipeWire()
         const auto log = m_folder / (command[0] + ".log");
         return ChildProcess(std::move(command), m_environment, log);
     };
-    m_background.push_back(start({"dbus-daemon", "--nofork", "--config-file=" + (m_folder / "bus.conf").string()}));
     m_background.push_back(start({"pipewire"}));
-    waitUntil([&] { return fs::exists(bus) && fs::exists(m_folder / "run" / "pipewire-0"); });
+    waitUntil([&] { return isListening(m_folder / "run" / "pipewire-0"); });
     m_background.push_back(start({"wireplumber"}));
     m_server = start({"pipewire-pulse"});
     // The sink that stands in for missing ones appears when all parts work together.
@@ -283,7 +208,7 @@ void AudioServer::play(const std::string& sink, std::span<const std::int16_t> sa
     const auto bytes = bytesOf(samples);
     writeFile(file, {bytes.data(), bytes.size()});
     m_players.emplace_back(std::vector<std::string>{"pacat", "--playback", "--raw", "--format=s16le", "--rate=16000",
-                                                    "--channels=1", "--latency-msec=50", "-d", sink, file.string()},
+                                                    "--channels=1", "--latency-msec=300", "-d", sink, file.string()},
                            m_environment, file.string() + ".log");
 }
 
@@ -307,9 +232,14 @@ std::string AudioServer::addGuardedAddress() const
     return fmt::format("tcp:127.0.0.1:{}", port);
 }
 
-int AudioServer::clients() const
+int AudioServer::connections() const
 {
-    return static_cast<int>(lines({"list", "short", "clients"})) - 1;
+    const auto clients = pactl({"list", "clients"});
+    const auto mine = fmt::format("application.process.id = \"{}\"", getpid());
+    int count = 0;
+    for (auto at = clients.find(mine); at != std::string::npos; at = clients.find(mine, at + mine.size()))
+        ++count;
+    return count;
 }
 
 int AudioServer::recordings() const

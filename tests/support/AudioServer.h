@@ -1,8 +1,6 @@
 #pragma once
 
-#include "tests/support/TemporaryFolder.h"
-
-#include <sys/types.h>
+#include "tests/support/SessionBus.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,24 +9,6 @@
 #include <vector>
 
 namespace vocalith::test {
-
-/// A child process with exactly the given environment; it is killed, by its id, when this is destroyed.
-class ChildProcess {
-public:
-    ChildProcess() = default;
-    ChildProcess(std::vector<std::string> command, std::vector<std::string> environment,
-                 const std::filesystem::path& output);
-    ChildProcess(ChildProcess&& other) noexcept;
-    ChildProcess& operator=(ChildProcess&& other) noexcept;
-    ~ChildProcess();
-
-    void signal(int number) const;
-    int wait(); ///< until it has ended; yields its exit status, or -1
-    void kill();
-
-private:
-    pid_t m_id = 0;
-};
 
 /// The feeding end of a microphone made of a pipe. Any one thread.
 class PipeMicrophone {
@@ -75,8 +55,8 @@ public:
     /// Opens a second way in on a port of this machine, where a client needs the server's secret. PulseAudio only;
     /// yields its address.
     std::string addGuardedAddress() const;
-    /// The number of clients that are connected, not counting the one that asks.
-    int clients() const;
+    /// The number of connections that this program has to it.
+    int connections() const;
     int recordings() const; ///< the number of streams that record
 
     void kill();   ///< ends the server that clients are connected to, without a good-bye
@@ -94,9 +74,10 @@ private:
 
     const Kind m_kind;
     TemporaryFolder m_folder;
+    SessionBus m_bus;
     std::string m_address;
     std::vector<std::string> m_environment;
-    std::vector<ChildProcess> m_background; ///< bus, daemon and session manager of PipeWire
+    std::vector<ChildProcess> m_background; ///< daemon and session manager of PipeWire
     ChildProcess m_server;
     bool m_hasMicrophone = false;
     mutable bool m_isBroken = false;

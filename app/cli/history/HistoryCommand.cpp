@@ -1,8 +1,8 @@
 #include "app/cli/history/HistoryCommand.h"
 
 #include "app/cli/ExitCode.h"
-#include "app/cli/TerminalInput.h"
 #include "app/cli/history/commands/HistorySubcommands.h"
+#include "app/cli/terminal/TerminalInput.h"
 
 namespace vocalith {
 

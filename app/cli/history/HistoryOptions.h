@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/cli/RecognitionOptions.h"
+#include "app/cli/recognition/RecognitionOptions.h"
 #include "base/Date.h"
 #include "models/TranscriptExport.h"
 

@@ -1,11 +1,11 @@
 #include "app/cli/settings/SettingsCommand.h"
 
 #include "app/cli/ExitCode.h"
-#include "app/cli/ModelReport.h"
-#include "app/cli/Terminal.h"
+#include "app/cli/models/ModelReport.h"
 #include "app/cli/settings/SettingSecrets.h"
 #include "app/cli/settings/SettingsExchange.h"
 #include "app/cli/settings/SettingsTable.h"
+#include "app/cli/terminal/Terminal.h"
 #include "app/cli/text/NearestWord.h"
 #include "base/AtomicFile.h"
 #include "base/Json.h"
@@ -26,7 +26,7 @@ constexpr int kIndent = 2;
 /// A file's text; "-" is standard input.
 Result<std::string, FileError> textOf(const fs::path& file)
 {
-    return readWholeFile(file == "-" ? fs::path("/dev/stdin") : file);
+    return file == "-" ? readStandardInput() : readWholeFile(file);
 }
 
 /// The last line break comes from the shell or an editor and belongs to no value.

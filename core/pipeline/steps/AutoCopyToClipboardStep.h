@@ -1,13 +1,28 @@
 #pragma once
 
+#include "base/Log.h"
 #include "core/pipeline/TranscriptProcessingStep.h"
 
 namespace vocalith {
 
-/// Leaves a copy of the text on the clipboard when the user wants it. Without a clipboard it passes the text on.
+class Pasteboard;
+class PersistentAppStorage;
+
+/// Leaves a copy of the text on the clipboard when the user wants it. Without a clipboard (null) it passes the text on;
+/// a failed copy never stops the run.
 class AutoCopyToClipboardStep final : public TranscriptProcessingStep {
 public:
+    AutoCopyToClipboardStep(PersistentAppStorage& appStorage, Pasteboard* pasteboard, Logger logger)
+        : m_appStorage(appStorage), m_pasteboard(pasteboard), m_logger(std::move(logger))
+    {}
+
+    std::string_view name() const override { return "AutoCopyToClipboardStep"; }
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override;
+
+private:
+    PersistentAppStorage& m_appStorage;
+    Pasteboard* const m_pasteboard;
+    const Logger m_logger;
 };
 
 } // namespace vocalith

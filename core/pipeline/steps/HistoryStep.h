@@ -11,12 +11,14 @@ class HistoryService;
 /// changed since the last time, nothing is written. A failed write never stops the run.
 class HistoryStep final : public TranscriptProcessingStep {
 public:
-    explicit HistoryStep(HistoryService& history) : m_history(history) {}
+    /// Without a history (null) the step passes the text on.
+    explicit HistoryStep(HistoryService* history) : m_history(history) {}
 
+    std::string_view name() const override { return "HistoryStep"; }
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override;
 
 private:
-    HistoryService& m_history;
+    HistoryService* const m_history;
 };
 
 } // namespace vocalith

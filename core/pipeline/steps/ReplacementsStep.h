@@ -5,16 +5,25 @@
 
 namespace vocalith {
 
-/// Applies the user's word replacements of one timing. Without any it passes the text on.
+class WordReplacementService;
+
+/// Applies the user's word replacements of one timing. Never ends the run.
 class ReplacementsStep final : public TranscriptProcessingStep {
 public:
-    explicit ReplacementsStep(WordReplacementTiming timing) : m_timing(timing) {}
+    ReplacementsStep(WordReplacementTiming timing, WordReplacementService& replacements)
+        : m_timing(timing), m_replacements(replacements)
+    {}
 
-    WordReplacementTiming timing() const { return m_timing; }
+    std::string_view name() const override
+    {
+        return m_timing == WordReplacementTiming::beforeAI ? "ReplacementsStep (beforeAI)"
+                                                           : "ReplacementsStep (afterAI)";
+    }
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override;
 
 private:
     const WordReplacementTiming m_timing;
+    WordReplacementService& m_replacements;
 };
 
 } // namespace vocalith

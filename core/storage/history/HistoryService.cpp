@@ -4,8 +4,8 @@
 #include "base/Clock.h"
 #include "base/Iso8601.h"
 #include "base/Text.h"
-#include "core/storage/history/HistoryEntrySummary.h"
 #include "core/storage/history/HistoryWatcher.h"
+#include "core/storage/history/archive/HistoryEntrySummary.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 
 #include <algorithm>
@@ -97,8 +97,6 @@ Result<T, HistoryError> HistoryService::logged(const char* prefix, Result<T, His
 
 Task<Result<void, Error>> HistoryService::upsert(HistoryEntry entry)
 {
-    if (!isEnabled())
-        co_return Result<void, Error>();
     const auto prefix = prefixFor("Cannot upsert entry ", entry.id);
     if (!store())
         co_return logged<void>(prefix.c_str(), failure(m_storeFailure));

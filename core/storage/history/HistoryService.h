@@ -39,7 +39,8 @@ public:
     /// Whether the user wants dictations to be kept.
     bool isEnabled() const;
 
-    /// Keeps the entry, in place of one of the same identifier. Does nothing where the user wants no history.
+    /// Keeps the entry, in place of one of the same identifier. Whoever makes entries unasked looks at `isEnabled`
+    /// first.
     Task<Result<void, HistoryError>> upsert(HistoryEntry entry);
     Task<Result<HistoryEntry, HistoryError>> entry(Uuid id);
 

@@ -1,7 +1,7 @@
 #include "core/storage/history/HistoryStore.h"
 
-#include "core/storage/history/HistoryArchive.h"
-#include "core/storage/history/HistoryIndex.h"
+#include "core/storage/history/archive/HistoryArchive.h"
+#include "core/storage/history/archive/HistoryIndex.h"
 
 #include <limits>
 #include <type_traits>

@@ -15,6 +15,7 @@
 #include "models/HistoryStoragePolicy.h"
 #include "models/KeyboardShortcut.h"
 #include "models/MicrophonePriorityEntry.h"
+#include "models/QuickCommand.h"
 #include "models/RecordingDisplayStyle.h"
 #include "models/TextTypingMode.h"
 #include "models/TranscriptionModelID.h"
@@ -128,6 +129,11 @@ public:
 
     Setting<bool> storedIsRecording{*m_file, "storedIsRecording", false, notedByTheProgram<bool>()};
     Setting<std::optional<Uuid>> storedPromptID{*m_file, "_selectedPromptID"};
+
+    Setting<std::vector<QuickCommandDefinition>> quickCommands{*m_file, "quickCommands"};
+    /// Off: a login shell reads the user's profile before each script, which takes its time. A session started by a
+    /// display manager has read it already.
+    Setting<bool> useLoginShellForScripts{*m_file, "useLoginShellForScripts", false};
 
     /// Collects what is set during its life into one write.
     SettingsBatch batch() { return SettingsBatch(*m_file); }

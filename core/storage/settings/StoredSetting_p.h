@@ -6,6 +6,7 @@
 #include "models/AIProvider.h"
 #include "models/KeyboardShortcut.h"
 #include "models/MicrophonePriorityEntry.h"
+#include "models/QuickCommand.h"
 #include "models/TranscriptionModelID.h"
 #include "models/WordReplacement.h"
 
@@ -110,6 +111,10 @@ constexpr std::string_view nameForPeople(JsonType<std::vector<KeyboardShortcut>>
 constexpr std::string_view nameForPeople(JsonType<std::vector<MicrophonePriorityEntry>>)
 {
     return "a list of microphones";
+}
+constexpr std::string_view nameForPeople(JsonType<std::vector<QuickCommandDefinition>>)
+{
+    return "a list of quick commands";
 }
 constexpr std::string_view nameForPeople(JsonType<std::vector<WordReplacement>>)
 {

@@ -5,6 +5,7 @@
 #include "models/HistoryEntry.h"
 #include "tests/support/AudioServer.h"
 #include "tests/support/MainLoop.h"
+#include "tests/support/Places.h"
 #include "tests/support/ScriptedWhisperModel.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/program/ProgramRun.h"
@@ -53,7 +54,7 @@ protected:
     static fs::path recordingOf(const HistoryEntry& entry) { return *filePath(audioFile(entry).fileBookmark); }
 
     TemporaryFolder home;
-    const std::string sample = std::string(VOCALITH_SAMPLES) + "/speech.wav";
+    const std::string sample = recordedSpeech();
     const std::string scripted = "The quick brown fox jumps. Over the lazy dog, twice.";
 };
 

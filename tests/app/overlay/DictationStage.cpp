@@ -54,7 +54,7 @@ private:
 
 } // namespace
 
-Task<Result<void, TextOutputError>> RecordedTextOutput::deliver(std::string text)
+Task<Result<TextDestination, TextOutputError>> RecordedTextOutput::deliver(std::string text, ActionMode)
 {
     ++asked;
     if (holds) {
@@ -65,7 +65,7 @@ Task<Result<void, TextOutputError>> RecordedTextOutput::deliver(std::string text
     delivered.push_back(std::move(text));
     if (error)
         co_return failure(*error);
-    co_return Result<void, TextOutputError>();
+    co_return TextDestination::application;
 }
 
 DictationStage::DictationStage()
@@ -82,6 +82,11 @@ DictationStage::DictationStage()
           [this]() -> Result<DictationConfiguration, std::string> {
               DictationConfiguration loaded;
               loaded.shortcuts = {{journalShortcut, {0, VoiceJournal{}}}, {promptShortcut, {1, prompt}}};
+              if (forgetPromptShortcut)
+                  loaded.shortcuts.pop_back();
+              loaded.prompts = numberedPrompts;
+              for (const auto& numbered : numberedPrompts)
+                  loaded.shortcuts.push_back({numbered.id, {2, numbered}});
               loaded.defaultModel = PredefinedModelID::tiny;
               return loaded;
           },

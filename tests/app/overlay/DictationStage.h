@@ -8,6 +8,7 @@
 #include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/SoundPlayer.h"
 #include "ports/SystemVolume.h"
+#include "tests/support/DesktopRules.h"
 #include "tests/support/FakeAnalytics.h"
 #include "tests/support/FakeAudioInput.h"
 #include "tests/support/FakeClock.h"
@@ -42,6 +43,7 @@ struct EngineScript {
 class RecordedDisplay final : public OverlayDisplay {
 public:
     void show(const OverlayVisibilityState& state) override { states.push_back(state); }
+    void showPrompt(const PromptChoice& choice) override { prompts.push_back(choice); }
     void showIndicator(ProcessingIndicator::State indicator) override { indicators.push_back(indicator); }
     void showProgress(double) override {}
     void dictationEnded(const DictationOutcome& outcome) override { outcomes.push_back(outcome); }
@@ -49,6 +51,7 @@ public:
     bool isVisible() const { return !states.empty() && std::holds_alternative<OverlayState>(states.back()); }
 
     std::vector<OverlayVisibilityState> states;
+    std::vector<PromptChoice> prompts;
     std::vector<ProcessingIndicator::State> indicators;
     std::vector<DictationOutcome> outcomes;
 };
@@ -56,7 +59,7 @@ public:
 class RecordedTextOutput final : public TextOutput {
 public:
     explicit RecordedTextOutput(Clock& clock) : m_clock(clock) {}
-    Task<Result<void, TextOutputError>> deliver(std::string text) override;
+    Task<Result<TextDestination, TextOutputError>> deliver(std::string text, ActionMode action) override;
 
     bool holds = false; ///< waits until the dictation is cancelled
     int asked = 0;
@@ -69,19 +72,22 @@ private:
 
 class RecordedSounds final : public SoundPlayer, public SystemVolume {
 public:
-    Result<void, std::string> play(Sound) override
+    Result<void, std::string> play(Sound sound) override
     {
-        ++played;
+        ++(sound == Sound::recordingStarted ? playedAtStart : played);
         if (!error.empty())
             return failure(error);
         return {};
     }
     void stop() override { ++stopped; }
+    void mute() override { ++muted; }
     void restore() override { ++restored; }
 
     std::string error;
+    int playedAtStart = 0;
     int played = 0;
     int stopped = 0;
+    int muted = 0;
     int restored = 0;
 };
 
@@ -105,6 +111,8 @@ public:
     const Uuid journalShortcut = Uuid::random();
     const Uuid promptShortcut = Uuid::random();
     AIPrompt prompt;
+    std::vector<AIPrompt> numberedPrompts; ///< to be set before the configuration is loaded
+    bool forgetPromptShortcut = false;     ///< so that it is not in the configuration that is loaded next
 
     TemporaryFolder folder;
     RecordedLog log;
@@ -124,7 +132,9 @@ public:
                            clock,
                            log.logger()};
     AudioRecordingManager recorder{input, storage, clock, folder / "VocalithRecordings", log.logger()};
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, notices, stepLog)};
+    DesktopRules desktop{storage, notices, clock, stepLog};
+    TranscriptProcessingService pipeline{
+        TranscriptProcessingService::defaultSteps({output, storage, notices, desktop.rules, &history}, stepLog)};
     TranscriptionSessionManager session;
     ConfigurationManager configuration;
     ShortcutUserFeedbackService feedback{sounds, sounds, storage, log.logger()};

@@ -56,7 +56,7 @@ TEST(WavWriter, LocksTheFileWhileItLives)
     const TemporaryFolder folder;
     const auto file = folder / "a.wav";
     std::optional<WavWriter> writer = WavWriter::create(file).value();
-    const UniqueFd other(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor other(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
     EXPECT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), -1);
     writer.reset();
     EXPECT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);

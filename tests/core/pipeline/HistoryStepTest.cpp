@@ -26,6 +26,8 @@ namespace {
 class ActingStep final : public TranscriptProcessingStep {
 public:
     explicit ActingStep(std::function<void(TranscriptProcessingContext&)> act) : m_act(std::move(act)) {}
+
+    std::string_view name() const override { return "ActingStep"; }
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override
     {
         m_act(context);
@@ -52,12 +54,12 @@ protected:
              std::function<void(TranscriptProcessingContext&)> afterwards)
     {
         TranscriptProcessingService::Steps steps;
-        steps.push_back(std::make_unique<HistoryStep>(history));
+        steps.push_back(std::make_unique<HistoryStep>(&history));
         steps.push_back(std::make_unique<ActingStep>(std::move(transform)));
-        steps.push_back(std::make_unique<HistoryStep>(history));
+        steps.push_back(std::make_unique<HistoryStep>(&history));
         steps.push_back(std::make_unique<ActingStep>(std::move(afterwards)));
         steps.push_back(std::make_unique<SpacingStep>());
-        steps.push_back(std::make_unique<HistoryStep>(history));
+        steps.push_back(std::make_unique<HistoryStep>(&history));
         TranscriptProcessingService pipeline(std::move(steps));
         const auto outcome = await(pipeline.run(context));
         EXPECT_EQ(outcome.end, PipelineOutcome::End::complete);

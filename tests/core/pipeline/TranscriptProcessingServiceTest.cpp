@@ -6,6 +6,7 @@
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 #include "ports/Notices.h"
+#include "tests/support/DesktopRules.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
@@ -27,6 +28,7 @@ public:
     enum class Act { goOn, end, fail, wait };
     ScriptedStep(char letter, Act act, FakeClock& clock) : m_letter(letter), m_act(act), m_clock(clock) {}
 
+    std::string_view name() const override { return "ScriptedStep"; }
     Task<Result<bool, StepFailure>> run(TranscriptProcessingContext& context) override
     {
         if (m_act == Act::wait) {
@@ -35,6 +37,7 @@ public:
                 co_return failure(StepFailure{"stopped"});
         }
         context.transcript += m_letter;
+        context.diagnostics.push_back({"note", std::string(1, m_letter)});
         if (m_act == Act::fail)
             co_return failure(StepFailure{"broken"});
         co_return m_act == Act::end;
@@ -99,14 +102,33 @@ TEST_F(PipelineRun, AStopEndsTheRunAtItsWaitAndKeepsTheWords)
     EXPECT_EQ(outcome->context.transcript, "a");
 }
 
+TEST_F(PipelineRun, AnObserverIsToldOfEachStepWhenItHasRun)
+{
+    std::vector<StepReport> reports;
+    TranscriptProcessingService::Steps steps;
+    for (const auto act : {Act::goOn, Act::fail})
+        steps.push_back(std::make_unique<ScriptedStep>(act == Act::goOn ? 'a' : 'b', act, clock));
+    TranscriptProcessingService pipeline(std::move(steps), [&](const auto& report) { reports.push_back(report); });
+    TranscriptProcessingContext context;
+    context.diagnostics = {{"before", "of nobody here"}};
+    const auto outcome = await(pipeline.run(std::move(context)));
+    EXPECT_EQ(outcome.end, End::failed) << "watching changes nothing";
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0].before + ">" + reports[0].after, ">a");
+    EXPECT_EQ(reports[1].before + ">" + reports[1].after, "a>ab");
+    EXPECT_EQ(reports[0].diagnostics, (std::vector<DiagnosticRecord>{{"note", "a"}}));
+    EXPECT_FALSE(reports[0].failure);
+    EXPECT_EQ(reports[1].failure, StepFailure{"broken"});
+}
+
 class RecordedOutput final : public TextOutput {
 public:
-    Task<Result<void, TextOutputError>> deliver(std::string text) override
+    Task<Result<TextDestination, TextOutputError>> deliver(std::string text, ActionMode) override
     {
         delivered.push_back(std::move(text));
         if (error)
             co_return failure(*error);
-        co_return Result<void, TextOutputError>();
+        co_return TextDestination::application;
     }
     std::vector<std::string> delivered;
     std::optional<TextOutputError> error;
@@ -129,7 +151,9 @@ protected:
     RecordedOutput output;
     RecordedNotices notices;
     LogService log = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
-    TranscriptProcessingService pipeline{TranscriptProcessingService::defaultSteps(output, history, notices, log)};
+    DesktopRules desktop{storage, notices, clock, log};
+    TranscriptProcessingService pipeline{
+        TranscriptProcessingService::defaultSteps({output, storage, notices, desktop.rules, &history}, log)};
 };
 
 TEST_F(DefaultSteps, DeliverOnceEndingWithOneSpaceSoThatDictationsDoNotRunTogether)
@@ -137,7 +161,7 @@ TEST_F(DefaultSteps, DeliverOnceEndingWithOneSpaceSoThatDictationsDoNotRunTogeth
     EXPECT_EQ(run("one").end, End::complete);
     EXPECT_EQ(run("two").context.transcript, "two ");
     EXPECT_EQ(output.delivered, (std::vector<std::string>{"one ", "two "}));
-    run("");
+    EXPECT_FALSE(run("").context.endReason.empty());
     EXPECT_EQ(output.delivered.size(), 2u) << "an empty transcript is not typed as a lone space";
 }
 

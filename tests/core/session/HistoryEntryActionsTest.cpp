@@ -1,6 +1,7 @@
 #include "core/session/HistoryEntryActionsService.h"
 
 #include "base/Iso8601.h"
+#include "core/pipeline/replacements/WordReplacementService.h"
 #include "core/storage/history/HistoryService.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 #include "tests/support/FakeClock.h"
@@ -127,8 +128,10 @@ protected:
             return std::make_unique<ScriptedEngine>(engine, wanted, clock);
         },
         pipeline, storage, log.logger()};
+    WordReplacementService replacements{storage, notices, log.logger()};
     HistoryEntryActionsService actions{
-        history,     session, notices, clock, [this](AIPrompt used, std::string text) { return rewritten(used, text); },
+        history,     session, replacements,
+        notices,     clock,   [this](AIPrompt used, std::string text) { return rewritten(used, text); },
         log.logger()};
 
 private:
@@ -298,6 +301,23 @@ TEST_F(HistoryEntryActions, APromptRewritesWhatWasRecognisedInPlaceOfAnEarlierRe
     EXPECT_EQ(usedPrompt(rewritten)->name, "Tidy");
     EXPECT_EQ(plainText(*transcript(rewritten)), "before");
     EXPECT_TRUE(actions.applyingPromptEntryIDs.get().empty());
+}
+
+TEST_F(HistoryEntryActions, WordReplacementsApplyAroundThePromptAndLeaveWhatWasRecognised)
+{
+    storage.wordReplacements.set({{Uuid::random(), "before", "earlier"},
+                                  {Uuid::random(), "Rewritten", "Done", false, WordReplacementTiming::afterAI}});
+    const auto entry = addDictation();
+    const auto recognised = *transcript(entry);
+    std::optional<Outcome> outcome;
+    TaskScope scope;
+    scope.start(storeResult(actions.applyPrompt(entry.id, prompt("Tidy")), outcome));
+    ASSERT_TRUE(runUntil([&] { return !prompted.empty(); }));
+    clock.advance(1s);
+    ASSERT_TRUE(runUntil([&] { return outcome.has_value(); }));
+    EXPECT_EQ(prompted, std::vector<std::string>{"Tidy: earlier"});
+    EXPECT_EQ(finalText(**outcome), "Done.");
+    EXPECT_EQ(*transcript(**outcome), recognised);
 }
 
 TEST_F(HistoryEntryActions, APromptThatFailsIsToldAndLeavesTheEntryAsItWas)

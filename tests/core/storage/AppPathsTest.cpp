@@ -25,6 +25,7 @@ AppPaths pathsFor(Environment environment)
 const AppPaths kBelowHome{.settingsFile = "/home/ann/.config/Vocalith/settings.json",
                           .historyFolder = "/home/ann/.local/share/Vocalith/History",
                           .recordingsFolder = "/home/ann/.local/share/Vocalith/VocalithRecordings",
+                          .automationsFolder = "/home/ann/.config/Vocalith/shortcuts",
                           .modelsFolder = "/home/ann/.local/share/Vocalith/Models",
                           .bridgeScript = "/home/ann/.local/share/Vocalith/mcp-bridge.sh",
                           .temporaryFolder = "/home/ann/.cache/Vocalith/Temp",
@@ -50,6 +51,7 @@ TEST(AppPaths, LieInTheUsersFolderUnlessAnAbsoluteVariableSaysOtherwise)
     EXPECT_EQ(moved, (AppPaths{.settingsFile = "/c/Vocalith/settings.json",
                                .historyFolder = "/d/Vocalith/History",
                                .recordingsFolder = "/d/Vocalith/VocalithRecordings",
+                               .automationsFolder = "/c/Vocalith/shortcuts",
                                .modelsFolder = "/d/Vocalith/Models",
                                .bridgeScript = "/d/Vocalith/mcp-bridge.sh",
                                .temporaryFolder = "/k/Vocalith/Temp",
@@ -62,10 +64,10 @@ TEST(AppPaths, OneFolderHoldsEverythingAndTheIndexesLieApart)
     for (const std::string home : {"/demo", "demo"}) {
         const auto paths = pathsFor({{"HOME", "/home/ann"}, {"XDG_DATA_HOME", "/d"}, {"VOCALITH_HOME", home}});
         const auto root = fs::absolute(home);
-        const std::set<fs::path> all{paths.settingsFile, paths.historyFolder, paths.recordingsFolder,
-                                     paths.modelsFolder, paths.bridgeScript,  paths.temporaryFolder,
-                                     paths.indexFolder,  paths.logFile};
-        EXPECT_EQ(all.size(), 8U);
+        const std::set<fs::path> all{paths.settingsFile,      paths.historyFolder, paths.recordingsFolder,
+                                     paths.automationsFolder, paths.modelsFolder,  paths.bridgeScript,
+                                     paths.temporaryFolder,   paths.indexFolder,   paths.logFile};
+        EXPECT_EQ(all.size(), 9U);
         for (const auto& path : all) {
             EXPECT_EQ(path.parent_path(), root) << path;
             // Deleting the indexes must cost nothing else.

@@ -1,6 +1,7 @@
 #include "platform/pocketsphinx/PocketSphinxRecognizer.h"
 
-#include "tests/platform/pocketsphinx/SpokenAudio.h"
+#include "tests/support/Places.h"
+#include "tests/support/SpokenAudio.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +46,7 @@ TEST(PocketSphinxRecognizer, HearsMostWordsOfSpeech)
         sample = sample * 0.01F + 0.02F; // far from the microphone, on a sound card with an offset
     EXPECT_LE(wordErrorRate(kSentenceWords, joined(recognize(quiet))), 0.3);
 
-    const auto recording = recognize(wavSamples(fs::path(VOCALITH_SAMPLES) / "speech.wav"));
+    const auto recording = recognize(wavSamples(recordedSpeech()));
     EXPECT_LE(wordErrorRate("and so my fellow americans ask not what your country can do for you ask what you can do "
                             "for your country",
                             joined(recording)),

@@ -1,6 +1,6 @@
 #include "platform/pocketsphinx/PocketSphinxRecognizer.h"
-#include "tests/platform/pocketsphinx/SpokenAudio.h"
 #include "tests/support/FakeSpeechRecognizer.h"
+#include "tests/support/SpokenAudio.h"
 
 #include <gtest/gtest.h>
 

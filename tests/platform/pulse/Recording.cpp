@@ -127,4 +127,14 @@ double correlation(const std::vector<std::int16_t>& part, const std::vector<std:
     return best;
 }
 
+bool hears(const Recording& heard, const std::vector<std::int16_t>& signal, double likeness)
+{
+    const auto begin = heard.size();
+    return runUntil([&] {
+        const auto size = heard.size();
+        const auto from = std::max(begin, size - std::min(size, 4 * signal.size())); // what came before was looked at
+        return correlation(signal, heard.samples(from)) > likeness;
+    });
+}
+
 } // namespace vocalith::test

@@ -55,5 +55,8 @@ std::vector<std::int16_t> speechBand(std::size_t count);
 std::optional<std::size_t> find(const std::vector<std::int16_t>& part, const std::vector<std::int16_t>& whole);
 /// The best normalised correlation of `part` with any stretch of `whole`, 0 to 1.
 double correlation(const std::vector<std::int16_t>& part, const std::vector<std::int16_t>& whole);
+/// Waits until what arrives from now on has the signal in it, at least as like as this correlation; the test fails when
+/// it does not come. A server skips when the machine is busy, so the signal is fed over and over meanwhile.
+bool hears(const Recording& heard, const std::vector<std::int16_t>& signal, double likeness = 0.9);
 
 } // namespace vocalith::test

@@ -1,5 +1,7 @@
 #include "tests/support/program/ProgramRun.h"
 
+#include "tests/support/Places.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -43,7 +45,7 @@ ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std:
     QStringList list;
     for (const auto& argument : arguments)
         list << QString::fromStdString(argument);
-    m_process.start(VOCALITH_PROGRAM, list);
+    m_process.start(QString::fromStdString(programFile()), list);
 }
 
 Ended ProgramRun::wait()

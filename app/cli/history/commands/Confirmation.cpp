@@ -1,6 +1,6 @@
 #include "app/cli/history/commands/Confirmation.h"
 
-#include "app/cli/Terminal.h"
+#include "app/cli/terminal/Terminal.h"
 #include "base/OneShot.h"
 
 #include <QSocketNotifier>

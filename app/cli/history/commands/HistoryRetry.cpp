@@ -1,8 +1,8 @@
 #include "app/cli/ExitCode.h"
-#include "app/cli/RecognitionChoice.h"
 #include "app/cli/history/commands/HistoryLookup.h"
 #include "app/cli/history/commands/HistorySubcommands.h"
 #include "app/cli/history/text/HistoryText.h"
+#include "app/cli/recognition/RecognitionChoice.h"
 #include "core/session/HistoryEntryActionsService.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/cli/RecognitionOptions.h"
 #include "app/cli/history/text/HistoryOutput.h"
+#include "app/cli/recognition/RecognitionOptions.h"
 #include "models/TranscriptionModelID.h"
 
 #include <functional>

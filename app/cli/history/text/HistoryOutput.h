@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/cli/Terminal.h"
+#include "app/cli/terminal/Terminal.h"
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,6 @@
 #include "tests/app/cli/history/HistoryFixture.h"
 #include "tests/support/AudioServer.h"
+#include "tests/support/Places.h"
 #include "tests/support/ScriptedWhisperModel.h"
 
 #include <csignal>
@@ -22,7 +23,7 @@ protected:
         return names;
     }
 
-    const fs::path sample = std::string(VOCALITH_SAMPLES) + "/speech.wav";
+    const fs::path sample = recordedSpeech();
 };
 
 TEST_F(HistoryActions, DeletingTakesTheRecordingsThatNobodyElseNeeds)

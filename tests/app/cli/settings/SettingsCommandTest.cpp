@@ -4,8 +4,8 @@
 
 #include "app/cli/CommandLine.h"
 #include "app/cli/ExitCode.h"
-#include "app/cli/ModelReport.h"
-#include "app/cli/Terminal.h"
+#include "app/cli/models/ModelReport.h"
+#include "app/cli/terminal/Terminal.h"
 #include "app/cli/text/NearestWord.h"
 #include "base/Json.h"
 #include "core/speech/catalogue/VoiceModelCatalogue.h"

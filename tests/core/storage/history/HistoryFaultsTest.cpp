@@ -1,6 +1,6 @@
 // What happens to the history when the machine is against it.
 
-#include "core/storage/history/HistoryArchive.h"
+#include "core/storage/history/archive/HistoryArchive.h"
 #include "tests/core/storage/history/HistoryFixture.h"
 #include "tests/support/Faults.h"
 

@@ -1,6 +1,6 @@
 #include "tests/core/storage/history/HistoryFixture.h"
 
-#include "core/storage/history/HistoryFolder.h"
+#include "core/storage/history/archive/HistoryFolder.h"
 
 #include <sys/stat.h>
 

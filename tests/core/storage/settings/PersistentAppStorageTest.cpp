@@ -79,7 +79,9 @@ TEST_F(PersistentAppStorageTest, KeysAndTheirOrderAreThoseOfTheStoredData)
                                               "wordReplacements",
                                               "lastHistoryCleanupDate",
                                               "storedIsRecording",
-                                              "_selectedPromptID"}));
+                                              "_selectedPromptID",
+                                              "quickCommands",
+                                              "useLoginShellForScripts"}));
 }
 
 TEST_F(PersistentAppStorageTest, ValuesOfEveryKindSurviveARestart)

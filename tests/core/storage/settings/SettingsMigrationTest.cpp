@@ -1,6 +1,7 @@
 #include "core/storage/settings/file/SettingsMigration.h"
 
 #include "tests/core/storage/settings/SettingsFixture.h"
+#include "tests/support/Places.h"
 
 using namespace vocalith;
 using namespace vocalith::test;
@@ -9,10 +10,7 @@ namespace {
 
 class SettingsMigrationTest : public SettingsFixture {
 protected:
-    static std::string golden(const std::string& name)
-    {
-        return readFile(std::filesystem::path(VOCALITH_TEST_DATA) / "settings" / (name + ".json"));
-    }
+    static std::string golden(const std::string& name) { return readFile(testData() / "settings" / (name + ".json")); }
 };
 
 TEST_F(SettingsMigrationTest, BringsTheFirstLayoutToTheCurrentOneOnce)

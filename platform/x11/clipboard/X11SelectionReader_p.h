@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "platform/x11/clipboard/X11SelectionOwner_p.h"
+
+#include <deque>
+#include <optional>
+
+namespace vocalith {
+
+/// Reads everything that the owner of a selection offers, one type after the other. An owner that is silent for half a
+/// second is given up, so that is the most that a dead one costs; one that is slow all the time costs three seconds.
+/// Main thread; it outlives its tasks.
+class X11SelectionReader {
+public:
+    struct Content {
+        X11SelectionContent forms;
+        bool isComplete = true;
+    };
+
+    X11SelectionReader(X11Connection& connection, Clock& clock, unsigned long window)
+        : m_connection(connection), m_clock(clock), m_window(window)
+    {}
+
+    Task<Result<Content, Cancelled>> read(unsigned long selection);
+
+private:
+    class Conversation;
+
+    X11Connection& m_connection;
+    Clock& m_clock;
+    const unsigned long m_window;
+    unsigned m_conversations = 0;
+};
+
+} // namespace vocalith
