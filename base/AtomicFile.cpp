@@ -1,5 +1,7 @@
 #include "base/AtomicFile.h"
 
+#include "base/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -15,26 +17,6 @@ namespace vocalith {
 namespace {
 
 namespace fs = std::filesystem;
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-
-    int get() const { return m_number; }
-    bool isOpen() const { return m_number >= 0; }
-    /// Network file systems tell only here that a write failed.
-    bool close() { return ::close(std::exchange(m_number, -1)) == 0; }
-
-private:
-    int m_number;
-};
 
 Failure<FileError> systemFailure(const fs::path& path)
 {
@@ -55,7 +37,7 @@ bool writeAll(int file, std::string_view content)
 
 bool flushFolder(const fs::path& folder)
 {
-    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // Some file systems cannot flush a folder and need not.
     return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL || errno == ENOTSUP);
 }
@@ -77,7 +59,7 @@ constexpr std::string_view kUnique = "XXXXXX"; // letters and digits in the end
 Result<void, FileError> replace(const fs::path& path, const fs::path& folder, std::string_view content, Flush flush)
 {
     std::string aside = (folder / ("." + path.filename().string() + ".")).string().append(kUnique);
-    Descriptor descriptor(::mkostemp(aside.data(), O_CLOEXEC)); // made with mode 0600
+    FileDescriptor descriptor(::mkostemp(aside.data(), O_CLOEXEC)); // made with mode 0600
     if (!descriptor.isOpen())
         return systemFailure(path);
     if (writeAll(descriptor.get(), content) && (flush == Flush::later || ::fsync(descriptor.get()) == 0) &&
@@ -86,6 +68,26 @@ Result<void, FileError> replace(const fs::path& path, const fs::path& folder, st
     auto failed = systemFailure(path);
     ::unlink(aside.c_str());
     return failed;
+}
+
+/// `path` names it in errors.
+Result<std::string, FileError> readToTheEnd(int file, const fs::path& path)
+{
+    std::string content;
+    std::array<char, 65536> piece;
+    for (;;) {
+        const auto count = ::read(file, piece.data(), piece.size());
+        if (count == 0)
+            return content;
+        if (count > 0) {
+            content.append(piece.data(), static_cast<std::size_t>(count));
+        } else if (errno == EAGAIN) { // whoever started this program has it so
+            pollfd readable{file, POLLIN, 0};
+            ::poll(&readable, 1, -1);
+        } else if (errno != EINTR) {
+            return systemFailure(path);
+        }
+    }
 }
 
 } // namespace
@@ -148,33 +150,9 @@ void removeLeftovers(const fs::path& path)
     }
 }
 
-namespace {
-
-/// `path` names it in errors.
-Result<std::string, FileError> readToTheEnd(int file, const fs::path& path)
-{
-    std::string content;
-    std::array<char, 65536> piece;
-    for (;;) {
-        const auto count = ::read(file, piece.data(), piece.size());
-        if (count == 0)
-            return content;
-        if (count > 0) {
-            content.append(piece.data(), static_cast<std::size_t>(count));
-        } else if (errno == EAGAIN) { // whoever started this program has it so
-            pollfd readable{file, POLLIN, 0};
-            ::poll(&readable, 1, -1);
-        } else if (errno != EINTR) {
-            return systemFailure(path);
-        }
-    }
-}
-
-} // namespace
-
 Result<std::string, FileError> readWholeFile(const fs::path& path)
 {
-    const Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!descriptor.isOpen())
         return systemFailure(path);
     return readToTheEnd(descriptor.get(), path);

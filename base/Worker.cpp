@@ -47,14 +47,11 @@ struct Worker::State {
 };
 
 Worker::Worker() : m_state(std::make_shared<State>())
-{
-    m_state->thread = std::jthread([state = m_state.get()](const StopToken& shutdown) { state->loop(shutdown); });
-}
+{}
 
 Worker::~Worker()
 {
-    m_state->thread.request_stop();
-    m_state->thread.join();
+    m_state->thread = {}; // asks it to stop and waits
 }
 
 void Worker::post(std::function<void()> job)
@@ -67,6 +64,8 @@ void Worker::enqueue(StopToken token, std::function<void(const StopToken&)> job)
     {
         const std::lock_guard lock(m_state->mutex);
         m_state->jobs.push_back({std::move(token), std::move(job)});
+        if (!m_state->thread.joinable())
+            m_state->thread = std::jthread([state = m_state.get()](const StopToken& stop) { state->loop(stop); });
     }
     m_state->changed.notify_one();
 }

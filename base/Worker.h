@@ -10,7 +10,8 @@
 namespace vocalith {
 
 /// One thread that runs the blocking work of the service that owns it, one job after the other in the order of the
-/// calls. Destroying it waits for the job that runs (its stop token is set) and drops those that wait.
+/// calls; it begins with the first. Destroying it waits for the job that runs (its stop token is set) and drops those
+/// that wait.
 class Worker {
 public:
     Worker();

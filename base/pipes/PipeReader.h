@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <memory>
 #include <string>

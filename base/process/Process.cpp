@@ -3,10 +3,12 @@
 #include "base/OneShot.h"
 #include "base/TaskScope.h"
 #include "base/pipes/PipeWriter.h"
+#include "base/process/ProcessEnd.h"
 #include "base/process/SpawnedProcess_p.h"
 
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -16,7 +18,6 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 
 namespace vocalith {
 namespace {
@@ -31,6 +32,7 @@ constexpr Duration kGrace = std::chrono::milliseconds(500);
 /// Takes what comes out of a pipe.
 class OutputPipe {
 public:
+    /// `onEnd` is called when the pipe has ended, and when it is full.
     OutputPipe(FileDescriptor pipe, const std::function<void()>& onEnd)
         : m_pipe(std::move(pipe)), m_notifier(m_pipe.get(), QSocketNotifier::Read)
     {
@@ -38,13 +40,14 @@ public:
         QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this, onEnd] {
             for (int count = 0; count < kReadsAtOnce && readOnce() > 0;)
                 ++count;
-            if (m_hasEnded)
+            if (m_hasEnded || isFull())
                 onEnd();
         });
     }
 
     bool hasEnded() const { return m_hasEnded; }
     bool isEmpty() const { return m_bytes.empty(); }
+    bool isFull() const { return m_bytes.size() == kMostBytes; }
     std::string takeBytes() { return std::move(m_bytes); }
 
     /// Takes what is in the pipe by now, however fast others go on filling it.
@@ -63,12 +66,12 @@ private:
     /// Yields how many bytes there were.
     ssize_t readOnce()
     {
-        if (m_bytes.size() >= kMostBytes) {
+        if (isFull()) {
             stop();
             return 0;
         }
         std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): it is filled by the read
-        const auto size = ::read(m_pipe.get(), buffer.data(), buffer.size());
+        const auto size = ::read(m_pipe.get(), buffer.data(), std::min(buffer.size(), kMostBytes - m_bytes.size()));
         if (size > 0)
             m_bytes.append(buffer.data(), static_cast<std::size_t>(size));
         if (size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR)) {
@@ -89,8 +92,8 @@ class RunningProcess {
 public:
     RunningProcess(Clock& clock, SpawnedProcess process, ProcessRequest request, std::function<void()> onEnd)
         : m_clock(clock), m_process(std::move(process)), m_onEnd(std::move(onEnd)),
-          m_output(std::move(m_process.output), [this] { finishWhenDone(); }),
-          m_error(std::move(m_process.error), [this] { finishWhenDone(); }),
+          m_output(std::move(m_process.output), [this] { outputHasEnded(); }),
+          m_error(std::move(m_process.error), [this] { outputHasEnded(); }),
           m_leaderEnd(m_process.running.get(), QSocketNotifier::Read)
     {
         QObject::connect(&m_leaderEnd, &QSocketNotifier::activated, &m_leaderEnd, [this] { leaderHasEnded(); });
@@ -114,7 +117,12 @@ public:
         m_timer = m_clock.after(kGrace, [this] { signalGroup(SIGKILL); });
     }
 
-    ProcessResult takeResult() { return {m_output.takeBytes(), m_error.takeBytes(), m_exitCode, m_timedOut}; }
+    Result<ProcessResult, ProcessError> takeResult()
+    {
+        if (m_hasPrintedTooMuch)
+            return failure(ProcessError{ProcessError::Kind::tooMuchOutput});
+        return ProcessResult{m_output.takeBytes(), m_error.takeBytes(), m_exitCode, m_timedOut};
+    }
 
 private:
     void signalGroup(int number) const { ::kill(-m_process.id, number); }
@@ -125,12 +133,20 @@ private:
         m_hasLeaderEnded = true;
         if (m_isTerminating)
             signalGroup(SIGKILL); // before the leader is reaped, which keeps the group's number from being another's
-        siginfo_t end{};
-        if (::waitid(P_PID, static_cast<id_t>(m_process.id), &end, WEXITED) == 0)
-            m_exitCode = end.si_code == CLD_EXITED ? end.si_status : 128 + end.si_status;
+        m_exitCode = reapProcess(m_process.id);
         m_output.readWhatIsThere();
         m_error.readWhatIsThere();
         m_timer = m_clock.after(m_output.isEmpty() ? kFirstWords : kStragglers, [this] { finish(); });
+        finishWhenDone();
+    }
+
+    void outputHasEnded()
+    {
+        // What goes on in the background is not asked to end, also when it prints without end.
+        if (!m_hasLeaderEnded && (m_output.isFull() || m_error.isFull())) {
+            m_hasPrintedTooMuch = true;
+            return terminate();
+        }
         finishWhenDone();
     }
 
@@ -166,6 +182,7 @@ private:
     bool m_isTerminating = false;
     bool m_hasLeaderEnded = false;
     bool m_timedOut = false;
+    bool m_hasPrintedTooMuch = false;
     std::int32_t m_exitCode = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "base/process/SpawnedProcess_p.h"
 
+#include "base/process/ProcessEnd.h"
 #include "base/process/ProcessStart.h"
 
 #include <array>
@@ -8,8 +9,6 @@
 #include <system_error>
 
 #include <fcntl.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vocalith {
@@ -85,11 +84,11 @@ Result<SpawnedProcess, std::string> spawnProcess(const std::string& program, con
     const int refused = start.spawn(process.id, all);
     if (refused != 0)
         return failure(program + ": " + reason(refused));
-    process.running = FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, process.id, 0)));
+    process.running = watchProcess(process.id);
     if (!process.running.isOpen()) { // a kernel before Linux 5.3, or no descriptor left
         const int unwatched = errno;
         ::kill(-process.id, SIGKILL);
-        ::waitpid(process.id, nullptr, 0);
+        reapProcess(process.id);
         return failure(program + " cannot be watched: " + reason(unwatched));
     }
     process.input = std::move(input->writingEnd);

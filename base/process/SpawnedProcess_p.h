@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "base/Result.h"
-#include "base/pipes/FileDescriptor.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +13,7 @@ namespace vocalith {
 /// A child process and this end of its pipes; whoever has it reaps it.
 struct SpawnedProcess {
     pid_t id = 0;           ///< of the process, and of its group and its session, which it leads
-    FileDescriptor running; ///< becomes readable when it has ended (pidfd_open(2))
+    FileDescriptor running; ///< becomes readable when it has ended
     FileDescriptor input;
     FileDescriptor output;
     FileDescriptor error;

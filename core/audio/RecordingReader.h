@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <cstdint>
 #include <filesystem>

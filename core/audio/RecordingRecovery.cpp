@@ -1,6 +1,6 @@
 #include "core/audio/RecordingRecovery.h"
 
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 #include "core/audio/RecordingsFolder.h"
 #include "core/audio/WavFile.h"
 #include "ports/AudioInput.h"

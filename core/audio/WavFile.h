@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "base/Result.h"
-#include "base/pipes/FileDescriptor.h"
 
 #include <sys/types.h>
 

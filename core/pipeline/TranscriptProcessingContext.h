@@ -45,6 +45,8 @@ struct TranscriptProcessingContext {
     std::vector<DiagnosticRecord> diagnostics;
     /// Why nothing was inserted on purpose, as a sentence for people; empty unless that is so.
     std::string endReason;
+    /// The run ended on purpose, but what it ended for has failed.
+    bool hasEndedInFailure = false;
     /// The text as it stands after the steps run so far.
     std::string transcript;
 };

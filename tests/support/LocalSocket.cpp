@@ -1,6 +1,6 @@
 #include "tests/support/LocalSocket.h"
 
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <string>
 #include <sys/socket.h>

@@ -69,7 +69,7 @@ ProcessCommand::ProcessCommand(ProcessOptions options, const TranscriptProcessin
 
 Task<int> ProcessCommand::run()
 {
-    auto chosen = prompt();
+    auto chosen = activationMode();
     if (!chosen)
         co_return complain(chosen.error());
     auto text = input();
@@ -84,6 +84,13 @@ Task<int> ProcessCommand::run()
     m_work.start(store(process(dictated(*std::move(chosen), *std::move(text))), outcome));
     co_await m_work.untilEmpty();
     co_return report(*outcome);
+}
+
+Result<OverlayActivationMode, std::string> ProcessCommand::activationMode() const
+{
+    if (m_options.journal)
+        return VoiceJournal{};
+    return prompt();
 }
 
 Result<AIPrompt, std::string> ProcessCommand::prompt() const
@@ -133,14 +140,14 @@ Result<std::string, std::string> ProcessCommand::input()
     return text;
 }
 
-TranscriptProcessingContext ProcessCommand::dictated(AIPrompt prompt, std::string text) const
+TranscriptProcessingContext ProcessCommand::dictated(OverlayActivationMode mode, std::string text) const
 {
     TranscriptProcessingContext context;
     context.sessionID = Uuid::random();
     context.creationDate = m_clock.now();
     context.dictationResult.id = context.sessionID;
     context.dictationResult.transcriptionData = {std::string(kTyped), {{Uuid::random(), text, 0, 0, std::nullopt}}};
-    context.activationMode = std::move(prompt);
+    context.activationMode = std::move(mode);
     context.transcript = std::move(text);
     return context;
 }
@@ -193,7 +200,7 @@ int ProcessCommand::reportTheEnd(const PipelineOutcome& outcome)
     const auto& reason = outcome.context.endReason;
     if (!m_options.json)
         m_terminal.line(reason.empty() ? "The run was ended." : cleanText(reason, ' '));
-    return exitSuccess;
+    return outcome.context.hasEndedInFailure ? exitFailure : exitSuccess;
 }
 
 int ProcessCommand::printJson(const PipelineOutcome& outcome)

@@ -14,7 +14,7 @@ class Terminal;
 /// `vocalith process`: takes a text from standard input the way of a dictation, through the program's own steps.
 class ProcessCommand {
 public:
-    /// `services` as a dictation for a prompt has them; with `Options::json` the text goes into the object instead.
+    /// `services` as a dictation has them; with `Options::json` the text goes into the object instead.
     ProcessCommand(ProcessOptions options, const TranscriptProcessingServices& services, Clock& clock,
                    Terminal& terminal, const LogService& log);
 
@@ -22,9 +22,10 @@ public:
     Task<int> run();
 
 private:
+    Result<OverlayActivationMode, std::string> activationMode() const;
     Result<AIPrompt, std::string> prompt() const;
     Result<std::string, std::string> input();
-    TranscriptProcessingContext dictated(AIPrompt prompt, std::string text) const;
+    TranscriptProcessingContext dictated(OverlayActivationMode mode, std::string text) const;
     Task<PipelineOutcome> process(TranscriptProcessingContext context);
     int report(const PipelineOutcome& outcome);
     int reportTheEnd(const PipelineOutcome& outcome);

@@ -20,12 +20,19 @@ Examples:
 ProcessCommandLine::ProcessCommandLine(CLI::App& app)
     : m_command(app.add_subcommand("process", "Try your rules on a text, without speaking"))
 {
-    m_command->add_option("-p,--prompt", m_options.prompt, "The prompt to use; without it the one that dictations use")
-        ->type_name("NAME");
-    m_command->add_option("--before-script", m_beforeScript, "A script to run before the AI, in place of the prompt's")
-        ->type_name("FILE");
-    m_command->add_option("--after-script", m_afterScript, "A script to run after the AI, in place of the prompt's")
-        ->type_name("FILE");
+    auto* const prompt =
+        m_command
+            ->add_option("-p,--prompt", m_options.prompt, "The prompt to use; without it the one that dictations use")
+            ->type_name("NAME");
+    auto* const before =
+        m_command
+            ->add_option("--before-script", m_beforeScript, "A script to run before the AI, in place of the prompt's")
+            ->type_name("FILE");
+    auto* const after =
+        m_command->add_option("--after-script", m_afterScript, "A script to run after the AI, in place of the prompt's")
+            ->type_name("FILE");
+    m_command->add_flag("--journal", m_options.journal, "Treat it as a dictation for the journal, without a prompt")
+        ->excludes(prompt, before, after);
     m_command->add_flag("--explain", m_options.explain, "Say on standard error what each step did");
     m_command->add_flag("--json", m_options.json, "Print the text and what each step did as JSON");
     m_command->add_flag("--history", m_options.history, "Keep it in the history, as a dictation is kept");

@@ -9,6 +9,7 @@ namespace vocalith {
 /// `vocalith process`: a text from standard input in place of a dictation.
 struct ProcessOptions {
     std::string prompt;                                ///< its name; empty for the main one
+    bool journal = false;                              ///< as a dictation for the journal, which has no prompt
     std::optional<std::filesystem::path> beforeScript; ///< in place of the prompt's own
     std::optional<std::filesystem::path> afterScript;
     bool explain = false; ///< say what each step did

@@ -97,7 +97,7 @@ Task<std::optional<HandledCommand>> QuickCommandsManager::handle(std::string tra
         co_return std::nullopt;
     m_logger.info(fmt::format("Matched \"{}\" at distance {}", match->phrase, match->distance));
     const auto done = co_await m_commandExecutor.execute(match->command);
-    HandledCommand handled{match->command, match->phrase, {}};
+    HandledCommand handled{match->command, match->phrase, {}, done.has_value()};
     if (done) {
         handled.report = fmt::format("Ran the quick command \"{}\": {}", match->phrase, *done);
     } else if (done.error().kind == CommandExecutionError::Kind::cancelled) {

@@ -26,6 +26,7 @@ struct HandledCommand {
     QuickCommandDefinition command;
     std::string phrase; ///< of the command, the one that was said
     std::string report; ///< a sentence for people: what was done, or that it failed
+    bool isDone = false;
     bool operator==(const HandledCommand&) const = default;
 };
 

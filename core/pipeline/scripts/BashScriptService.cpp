@@ -40,6 +40,10 @@ Task<Result<BashScriptService::BashResult, BashScriptError>> BashScriptService::
     const auto ended = co_await runProcess(m_clock, std::move(request));
     if (!ended && ended.error().kind == ProcessError::Kind::cancelled)
         co_return failure(BashScriptError{BashScriptError::Kind::cancelled});
+    if (!ended && ended.error().kind == ProcessError::Kind::tooMuchOutput) {
+        m_logger.warning("Bash script was ended because it printed too much");
+        co_return failure(BashScriptError{BashScriptError::Kind::tooMuchOutput});
+    }
     if (!ended) {
         m_logger.error("Failed to execute bash script: " + ended.error().detail);
         co_return failure(BashScriptError{BashScriptError::Kind::launch, ended.error().detail});

@@ -14,7 +14,8 @@ class PersistentAppStorage;
 
 struct BashScriptError {
     enum class Kind {
-        launch, ///< the shell could not be started; `detail` says why
+        launch,        ///< the shell could not be started; `detail` says why
+        tooMuchOutput, ///< the script was ended because it went on printing after 128 MiB
         cancelled
     };
     Kind kind = Kind::launch;
@@ -36,8 +37,8 @@ public:
     BashScriptService(Clock& clock, PersistentAppStorage& appStorage, Logger logger);
 
     /// Gives the script the input and its end, and waits until the shell has ended, at most `timeout` seconds. A script
-    /// that takes longer is ended with its whole process group, and so is one whose task is asked to stop. What
-    /// a script leaves running in the background when it ends by itself goes on.
+    /// that takes longer is ended with its whole process group, and so is one that prints without end and one whose
+    /// task is asked to stop. What a script leaves running in the background when it ends by itself goes on.
     Task<Result<BashResult, BashScriptError>> run(std::string input, std::string script, double timeout);
 
 private:

@@ -67,6 +67,8 @@ Task<Result<bool, StepFailure>> BashScriptStep::run(TranscriptProcessingContext&
         co_return use(*result, context);
     if (result.error().kind == BashScriptError::Kind::cancelled)
         co_return failure(StepFailure{"Cancelled"});
+    if (result.error().kind == BashScriptError::Kind::tooMuchOutput)
+        co_return leaveTheText(context, "printed more than 128 MiB and was ended.");
     co_return leaveTheText(context, "could not be started (" + result.error().detail + ").");
 }
 

@@ -13,6 +13,7 @@ Task<Result<bool, StepFailure>> QuickCommandStep::run(TranscriptProcessingContex
     if (!handled)
         co_return false;
     context.endReason = handled->report;
+    context.hasEndedInFailure = !handled->isDone;
     co_return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/OneShot.h"
 #include "base/Text.h"
+#include "base/process/ProcessEnd.h"
 #include "base/process/ProcessStart.h"
 
 #include <QSocketNotifier>
@@ -13,8 +14,6 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vocalith {
@@ -63,7 +62,7 @@ void Complaints::close()
 /// A child until it has ended.
 struct DetachedPrograms::Child {
     Child(pid_t id, OneShot<std::optional<int>>::Resolver onEnd)
-        : m_id(id), m_onEnd(std::move(onEnd)), m_running(static_cast<int>(::syscall(SYS_pidfd_open, id, 0))),
+        : m_id(id), m_onEnd(std::move(onEnd)), m_running(watchProcess(id)),
           m_notifier(m_running.get(), QSocketNotifier::Read)
     {
         QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { reap(); });
@@ -77,14 +76,12 @@ private:
     {
         m_notifier.setEnabled(false);
         m_hasEnded = true;
-        siginfo_t end{};
-        const bool isKnown = ::waitid(P_PID, static_cast<id_t>(m_id), &end, WEXITED) == 0;
-        m_onEnd(isKnown && end.si_code != CLD_EXITED ? 128 + end.si_status : end.si_status);
+        m_onEnd(reapProcess(m_id));
     }
 
     const pid_t m_id;
     const OneShot<std::optional<int>>::Resolver m_onEnd;
-    const FileDescriptor m_running; ///< becomes readable when it has ended (pidfd_open(2))
+    const FileDescriptor m_running; ///< becomes readable when it has ended
     QSocketNotifier m_notifier;
     bool m_hasEnded = false;
 };

@@ -1,6 +1,6 @@
 #include "platform/wayland/keyboard/WaylandVirtualKeyboard_p.h"
 
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <algorithm>
 #include <chrono>

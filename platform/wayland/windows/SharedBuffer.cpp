@@ -1,6 +1,6 @@
 #include "platform/wayland/windows/SharedBuffer_p.h"
 
-#include "base/pipes/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <cstring>
 #include <sys/mman.h>

@@ -246,23 +246,30 @@ Task<Result<PasteboardSnapshot, PasteboardError>> X11Pasteboard::snapshot()
     if (state.connection.isLost())
         co_return failure(state.error());
     state.primaryBefore.reset();
-    if (pastesFromPrimary(state.windows.focusedClass())) {
-        const auto primary = co_await state.reader.read(XA_PRIMARY);
+    X11SelectionReader::Content content;
+    std::shared_ptr<X11SelectionReader::Conversation> asked;
+    if (state.clipboard.isOwner())
+        content.forms = state.clipboard.content();
+    else
+        asked = state.reader.ask(state.connection.atom("CLIPBOARD"));
+    // While the owner makes up its answer the server tells who has the focus.
+    const bool wantsPrimary = pastesFromPrimary(state.windows.focusedClass());
+    if (asked) {
+        const auto read = co_await state.reader.read(asked);
+        if (!read)
+            co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
+        content = *read;
+    }
+    if (wantsPrimary) {
+        asked = state.reader.ask(XA_PRIMARY);
+        const auto primary = co_await state.reader.read(asked);
         if (!primary)
             co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
         state.primaryBefore = primary->forms;
     }
-    if (state.clipboard.isOwner()) {
-        X11SelectionReader::Content own;
-        own.forms = state.clipboard.content();
-        co_return state.asSnapshot(own);
-    }
-    const auto content = co_await state.reader.read(state.connection.atom("CLIPBOARD"));
-    if (!content)
-        co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
-    if (!content->isComplete)
+    if (!content.isComplete)
         state.logger.warning("The owner of the clipboard has not handed over everything");
-    co_return state.asSnapshot(*content);
+    co_return state.asSnapshot(content);
 }
 
 Task<Result<void, PasteboardError>> X11Pasteboard::writeText(std::string text, bool isTransient)

@@ -76,10 +76,13 @@ public:
         XDeleteProperty(m_connection.display(), m_window, m_property);
     }
 
+    unsigned long selection() const { return m_selection; }
     bool hasStalled() const { return m_hasStalled; }
 
-    /// Nothing when the owner does not give it, or has stalled.
-    Task<Result<std::optional<X11SelectionForm>, Cancelled>> convert(unsigned long target);
+    /// Asks the owner for that form of the selection.
+    void ask(unsigned long target);
+    /// The form asked for last; nothing when the owner does not give it, or has stalled.
+    Task<Result<std::optional<X11SelectionForm>, Cancelled>> answer();
 
 private:
     enum class Arrival { answer, refusal, data, stalled };
@@ -199,12 +202,16 @@ Task<Result<bool, Cancelled>> X11SelectionReader::Conversation::takePieces(Value
     co_return false;
 }
 
-Task<Result<std::optional<X11SelectionForm>, Cancelled>> X11SelectionReader::Conversation::convert(unsigned long target)
+void X11SelectionReader::Conversation::ask(unsigned long target)
 {
     m_target = target;
     m_arrivals.clear();
     XConvertSelection(m_connection.display(), m_selection, target, m_property, m_window, CurrentTime);
     XFlush(m_connection.display());
+}
+
+Task<Result<std::optional<X11SelectionForm>, Cancelled>> X11SelectionReader::Conversation::answer()
+{
     auto arrival = Arrival::data;
     while (arrival == Arrival::data) { // the property is written before the answer comes
         const auto arrived = co_await next();
@@ -228,30 +235,39 @@ Task<Result<std::optional<X11SelectionForm>, Cancelled>> X11SelectionReader::Con
     }
     if (value.type == None)
         co_return std::nullopt;
-    co_return X11SelectionForm{target, value.type, value.format,
+    co_return X11SelectionForm{m_target, value.type, value.format,
                                std::make_shared<const std::string>(std::move(value.bytes))};
 }
 
-Task<Result<X11SelectionReader::Content, Cancelled>> X11SelectionReader::read(unsigned long selection)
+std::shared_ptr<X11SelectionReader::Conversation> X11SelectionReader::ask(unsigned long selection)
+{
+    const auto targets = m_connection.atom("TARGETS");
+    auto conversation = std::make_shared<Conversation>(*this, selection);
+    conversation->ask(targets);
+    return conversation;
+}
+
+Task<Result<X11SelectionReader::Content, Cancelled>> X11SelectionReader::read(std::shared_ptr<Conversation> asked)
 {
     Content content;
-    Conversation conversation(*this, selection);
-    const auto targets = m_connection.atom("TARGETS");
-    const auto answer = co_await conversation.convert(targets);
+    Conversation& conversation = *asked;
+    const auto answer = co_await conversation.answer();
     if (!answer)
         co_return failure(Cancelled{});
     std::vector<unsigned long> wanted;
     if (*answer && (*answer)->format == 32)
         wanted = unitsOf(*(*answer)->payload);
     // Where there is no owner the server itself refuses.
-    content.isComplete = answer->has_value() || XGetSelectionOwner(m_connection.display(), selection) == None;
+    content.isComplete =
+        answer->has_value() || XGetSelectionOwner(m_connection.display(), conversation.selection()) == None;
     if (wanted.size() > kMostTargets)
         wanted.resize(kMostTargets);
     for (const auto target : wanted) {
         const bool isKnown = std::ranges::find(content.forms, target, &X11SelectionForm::target) != content.forms.end();
         if (isKnown || isMeta(m_connection.atomName(target)))
             continue;
-        const auto form = co_await conversation.convert(target);
+        conversation.ask(target);
+        const auto form = co_await conversation.answer();
         if (!form)
             co_return failure(Cancelled{});
         if (*form)

@@ -3,6 +3,7 @@
 #include "base/Json.h"
 #include "core/storage/settings/DefaultPrompt.h"
 #include "models/HistoryEntry.h"
+#include "models/QuickCommand.h"
 #include "models/WordReplacement.h"
 #include "tests/support/program/ProgramRun.h"
 
@@ -45,7 +46,6 @@ protected:
         letter.name = "Letter";
         letter.mode = ActionMode::historyOnly;
         letter.preAIPromptScript = "print -n 'Dear '; cat";
-        Json settings;
         settings["mainPrompt"] = toJson(main);
         settings["aiPresets"] = toJson(std::vector{letter});
         settings["wordReplacements"] = toJson(replacements);
@@ -69,6 +69,7 @@ protected:
     }
 
     TemporaryFolder home;
+    Json settings{{"enableQuickCommands", true}};
 };
 
 TEST_F(Process, RunsTheStepsInTheirOrderOverTheText)
@@ -119,6 +120,8 @@ TEST_F(Process, TakesTheNamedPromptOrAScriptInPlaceOfItsOwn)
     EXPECT_EQ(run({"--prompt", "letter"}, "x").out, "Dear x\n") << "whatever the prompt does with its text";
     EXPECT_EQ(run({"--before-script", script("tr a-z A-Z"), "--after-script", script("tr a-z A-Z")}, "x").out, "X\n");
 
+    EXPECT_EQ(run({"--journal"}, "x").out, "x\n") << "the journal has no prompt";
+
     const struct {
         Arguments arguments;
         std::string input;
@@ -127,6 +130,7 @@ TEST_F(Process, TakesTheNamedPromptOrAScriptInPlaceOfItsOwn)
     } kFaults[] = {
         {{"--prompt", "leter"}, "x", 1, "There is no prompt \"leter\". Did you mean \"Letter\"?"},
         {{"--before-script", (home / "none").string()}, "x", 1, "cannot be read: No such file or directory."},
+        {{"--journal", "--prompt", "letter"}, "x", 2, "--prompt excludes --journal"},
         {{}, " \n", 2, "There is no text on standard input. Give it some:"},
     };
     for (const auto& [arguments, input, code, err] : kFaults) {
@@ -147,6 +151,14 @@ TEST_F(Process, SaysWhyNothingCameOut)
 
     set("tidyy", "");
     EXPECT_NE(run({}, "words").err.find("command not found: tidyy) and printed nothing"), std::string::npos);
+
+    settings["quickCommands"] = toJson(std::vector{QuickCommandDefinition{
+        Uuid::random(), {"start editor"}, quick_command_action::LaunchApp{"org.example.NotInstalled"}, true}});
+    set("", "");
+    const auto failed = run({}, "Start editor.");
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_NE(failed.err.find("The quick command \"start editor\" failed.\n"), std::string::npos) << failed.err;
+    settings.erase("quickCommands");
 
     set("", "");
     ProgramRun full(home.path(), {"process"}, {.output = "/dev/full"});

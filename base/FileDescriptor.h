@@ -21,11 +21,8 @@ public:
 
     int get() const { return m_number; }
     bool isOpen() const { return m_number >= 0; }
-    void close()
-    {
-        if (m_number >= 0)
-            ::close(std::exchange(m_number, -1));
-    }
+    /// False where closing failed: network file systems tell only then that an earlier write was lost.
+    bool close() { return m_number < 0 || ::close(std::exchange(m_number, -1)) == 0; }
 
 private:
     int m_number = -1;
