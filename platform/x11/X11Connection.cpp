@@ -21,6 +21,8 @@
 #include <limits>
 #include <utility>
 
+#include <poll.h>
+
 namespace vocalith {
 namespace {
 
@@ -28,6 +30,8 @@ namespace {
 constexpr int kKeyCodeOffset = 8;
 /// Milliseconds after which others of the event loop have their turn.
 constexpr int kLongestTurn = 2;
+/// Milliseconds that the event loop stands still for an answer that is nearly here.
+constexpr int kBriefly = 1;
 /// Marks our own record in a display's list of attached data. Xlib numbers extensions from 0 up.
 constexpr int kAttachment = 0x566f63;
 
@@ -125,6 +129,20 @@ void X11Connection::dispatch()
     }
     if (!m_isLost)
         XFlush(m_display);
+}
+
+bool X11Connection::waitBriefly()
+{
+    if (m_isLost)
+        return false;
+    if (XPending(m_display) == 0) {
+        pollfd arrival{ConnectionNumber(m_display), POLLIN, 0};
+        ::poll(&arrival, 1, kBriefly);
+    }
+    if (m_isLost || XPending(m_display) == 0)
+        return false;
+    dispatch();
+    return true;
 }
 
 void X11Connection::dispatchNext()

@@ -108,6 +108,7 @@ private:
     const Instant m_end;
     unsigned long m_target = None;
     bool m_hasStalled = false;
+    bool m_isQuick = true; ///< all answers have come within a moment
     std::deque<Arrival> m_arrivals;
     std::optional<OneShot<Arrival>::Resolver> m_waiting;
     Subscription m_events;
@@ -137,6 +138,8 @@ void X11SelectionReader::Conversation::arrive(Arrival arrival)
 
 Task<Result<X11SelectionReader::Conversation::Arrival, Cancelled>> X11SelectionReader::Conversation::next()
 {
+    if (m_isQuick && m_arrivals.empty()) // until the first wait in vain
+        m_isQuick = m_connection.waitBriefly();
     if (!m_arrivals.empty()) {
         const auto first = m_arrivals.front();
         m_arrivals.pop_front();

@@ -105,11 +105,12 @@ std::string X11Windows::windowClass(unsigned long window)
 
 std::string X11Windows::focusedClass()
 {
-    const auto focus = inputFocus();
-    if (focus == None)
-        return {};
-    const auto name = windowClass(focus);
-    return name.empty() ? windowClass(topLevel(focus)) : name;
+    X11ErrorTrap trap(m_connection);
+    Window around = inputFocus();
+    std::string name;
+    while (around != None && (name = windowClass(around)).empty())
+        around = parentOf(m_connection.display(), around);
+    return name;
 }
 
 std::string X11Windows::title(unsigned long window)
