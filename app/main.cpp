@@ -9,6 +9,7 @@
 #include "app/cli/recognition/InterruptedDictationNotice.h"
 #include "app/cli/recognition/TranscribeCommand.h"
 #include "app/cli/remote/RemoteCommand.h"
+#include "app/cli/terminal/StandardStreams.h"
 #include "app/cli/terminal/TerminalFeedback.h"
 #include "app/desktop/Application.h"
 #include "app/desktop/DesktopProgram.h"
@@ -27,8 +28,6 @@
 #include "platform/pulse/PulseDiagnostics.h"
 
 #include <QCoreApplication>
-
-#include <csignal>
 
 namespace vocalith {
 
@@ -131,8 +130,8 @@ Task<void> Program::execute(int& exitCode)
 int main(int argc, char** argv)
 {
     using namespace vocalith;
+    prepareStandardStreams();
     reexecuteWithPassiveWaiting(argv);
-    std::signal(SIGPIPE, SIG_IGN); // a reader that leaves is an error of the write, not the end of the program
     auto command = parseCommandLine(argc, argv);
     if (!command)
         return command.error();

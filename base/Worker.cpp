@@ -19,6 +19,7 @@ struct Worker::State {
     std::mutex mutex;
     std::condition_variable_any changed;
     std::deque<Job> jobs;
+    bool isEnding = false;
     std::jthread thread;
 
     void loop(const StopToken& shutdown)
@@ -51,7 +52,13 @@ Worker::Worker() : m_state(std::make_shared<State>())
 
 Worker::~Worker()
 {
-    m_state->thread = {}; // asks it to stop and waits
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->isEnding = true;
+    }
+    m_state->thread.request_stop();
+    if (m_state->thread.joinable())
+        m_state->thread.join();
 }
 
 void Worker::post(std::function<void()> job)
@@ -63,6 +70,8 @@ void Worker::enqueue(StopToken token, std::function<void(const StopToken&)> job)
 {
     {
         const std::lock_guard lock(m_state->mutex);
+        if (m_state->isEnding)
+            return; // the job that still runs has asked for more
         m_state->jobs.push_back({std::move(token), std::move(job)});
         if (!m_state->thread.joinable())
             m_state->thread = std::jthread([state = m_state.get()](const StopToken& stop) { state->loop(stop); });

@@ -67,6 +67,9 @@ public:
     virtual Task<Result<void, PasteboardError>> writeText(std::string text, bool isTransient) = 0;
     /// Puts back what was there: every type of it, byte for byte. An empty snapshot empties the clipboard.
     virtual Task<Result<void, PasteboardError>> restore(PasteboardSnapshot snapshot) = 0;
+    /// Before the program ends: gives what it owns to whoever keeps clipboards of programs that have gone, where the
+    /// desktop has such a one. Takes at most two seconds.
+    virtual Task<void> handOver() { co_return; }
     /// A number that rises with every change of the clipboard, whoever made it, as far as this program has been told.
     /// What `writeText` and `restore` change is counted when they yield, not again when the desktop tells of it.
     virtual std::int64_t changeCount() const = 0;

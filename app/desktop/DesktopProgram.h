@@ -85,13 +85,13 @@ private:
                                m_base.clock,
                                m_base.analytics,
                                m_base.log.logger("typing")};
-    FocusedTextOutput m_output{m_typing,     m_ports.pasteboard(),       m_ports.keyEvents(), m_ports.accessibility(),
+    FocusedTextOutput m_output{m_typing,     m_ports.keyEvents(),        m_ports.accessibility(), m_ports.focusedApp(),
                                m_base.clock, m_base.log.logger("output")};
     TranscriptRules m_rules{
         {m_base.storage, m_base.analytics, m_base.appLauncher, m_base.automations, m_notices, m_base.clock},
         m_base.log};
     TranscriptProcessingService m_pipeline{TranscriptProcessingService::defaultSteps(
-        {m_output, m_base.storage, m_notices, m_rules, &m_base.history, &m_ports.pasteboard()}, m_base.log)};
+        {m_output, m_base.storage, m_notices, m_rules, &m_base.history, &m_typing}, m_base.log)};
     TranscriptionSessionManager m_session;
     ConfigurationManager m_configuration{[this] { return configuration(); }, m_base.log.logger("configuration")};
     ShortcutUserFeedbackService m_feedback{m_sounds, m_volume, m_base.storage, m_base.log.logger("feedback")};

@@ -47,8 +47,12 @@ public:
 
     bool hasEnded() const { return m_hasEnded; }
     bool isEmpty() const { return m_bytes.empty(); }
-    bool isFull() const { return m_bytes.size() == kMostBytes; }
-    std::string takeBytes() { return std::move(m_bytes); }
+    bool isFull() const { return m_bytes.size() > kMostBytes; }
+    std::string takeBytes()
+    {
+        m_bytes.resize(std::min(m_bytes.size(), kMostBytes));
+        return std::move(m_bytes);
+    }
 
     /// Takes what is in the pipe by now, however fast others go on filling it.
     void readWhatIsThere()
@@ -71,7 +75,7 @@ private:
             return 0;
         }
         std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): it is filled by the read
-        const auto size = ::read(m_pipe.get(), buffer.data(), std::min(buffer.size(), kMostBytes - m_bytes.size()));
+        const auto size = ::read(m_pipe.get(), buffer.data(), std::min(buffer.size(), kMostBytes + 1 - m_bytes.size()));
         if (size > 0)
             m_bytes.append(buffer.data(), static_cast<std::size_t>(size));
         if (size == 0 || (size < 0 && errno != EAGAIN && errno != EINTR)) {

@@ -29,7 +29,7 @@ struct ProcessResult {
 struct ProcessError {
     enum class Kind {
         launch,        ///< it could not be started; `detail` says why
-        tooMuchOutput, ///< it was ended because it went on printing after 128 MiB
+        tooMuchOutput, ///< it was ended because it printed more than 128 MiB
         cancelled
     };
     Kind kind = Kind::launch;
@@ -41,8 +41,8 @@ struct ProcessError {
 /// waits for more of the program than the program waits for: input that is not read is dropped when it ends, output is
 /// taken as it comes. What it leaves running in the background goes on, and is not waited for, except that output which
 /// still comes within a tenth of a second, or within two while there has been none at all, is taken too, up to 128 MiB;
-/// later output finds no reader. After the timeout, with 128 MiB on one of its outputs, and when the awaiting task is
-/// asked to stop, the whole group is asked to end (SIGTERM) and, with its leader or after half a second, ended
+/// later output finds no reader. After the timeout, with more than 128 MiB on one of its outputs, and when the awaiting
+/// task is asked to stop, the whole group is asked to end (SIGTERM) and, with its leader or after half a second, ended
 /// (SIGKILL); the task waits until that has happened. Linux 5.3 or later. Main thread; SIGPIPE is ignored.
 Task<Result<ProcessResult, ProcessError>> runProcess(Clock& clock, ProcessRequest request);
 

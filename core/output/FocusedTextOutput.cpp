@@ -2,8 +2,8 @@
 
 #include "core/output/typing/TextTypingService.h"
 #include "models/VirtualKeyCode.h"
+#include "ports/FocusedApp.h"
 #include "ports/KeyEvents.h"
-#include "ports/Pasteboard.h"
 
 namespace vocalith {
 namespace {
@@ -15,11 +15,17 @@ constexpr const char* kIsOnClipboard =
 constexpr const char* kNoAccessibility =
     "This way of inserting text needs the accessibility service of the desktop, which is not running.";
 
+/// As far as the desktop says what has the focus.
+bool isSame(const std::optional<FocusedApplication>& one, const std::optional<FocusedApplication>& other)
+{
+    return !one || !other || (one->processId == other->processId && one->identifier == other->identifier);
+}
+
 } // namespace
 
-FocusedTextOutput::FocusedTextOutput(TextTypingService& typing, Pasteboard& pasteboard, KeyEvents& keyEvents,
-                                     Accessibility& accessibility, Clock& clock, Logger logger)
-    : m_typing(typing), m_pasteboard(pasteboard), m_keyEvents(keyEvents), m_insertion(accessibility, clock),
+FocusedTextOutput::FocusedTextOutput(TextTypingService& typing, KeyEvents& keyEvents, Accessibility& accessibility,
+                                     FocusedApp& focusedApp, Clock& clock, Logger logger)
+    : m_typing(typing), m_keyEvents(keyEvents), m_focusedApp(focusedApp), m_insertion(accessibility, clock),
       m_logger(std::move(logger))
 {}
 
@@ -39,7 +45,7 @@ Task<Delivered> FocusedTextOutput::deliver(std::string text, ActionMode action)
 
 Task<Delivered> FocusedTextOutput::copy(std::string text)
 {
-    const auto written = co_await m_pasteboard.writeText(std::move(text), false);
+    const auto written = co_await m_typing.copy(std::move(text));
     if (!written)
         co_return failure(TextOutputError{userMessage(written.error()), {}});
     co_return TextDestination::clipboard;
@@ -54,7 +60,7 @@ Task<Delivered> FocusedTextOutput::insert(std::string text)
     if (!typed && typed.error().kind == TextTypingError::Kind::cancelled)
         co_return failure(std::move(error));
     // Also where it is there already: without the mark that keeps it out of clipboard histories.
-    const auto written = co_await m_pasteboard.writeText(std::move(text), false);
+    const auto written = co_await m_typing.copy(std::move(text));
     if (written)
         error.rescue = kIsOnClipboard;
     else
@@ -64,8 +70,9 @@ Task<Delivered> FocusedTextOutput::insert(std::string text)
 
 Task<void> FocusedTextOutput::send(std::string text)
 {
-    co_await m_insertion.untilShown(std::move(text));
     const auto stop = co_await currentStopToken();
+    const auto target = co_await m_focusedApp.focused();
+    co_await m_insertion.untilShown(std::move(text));
     if (stop.stop_requested())
         co_return;
     const bool areReleased = co_await m_keyEvents.modifiersReleased(TextTypingService::kModifierWait);
@@ -73,7 +80,13 @@ Task<void> FocusedTextOutput::send(std::string text)
         co_return;
     if (!areReleased)
         m_logger.warning("Pressing Enter while modifier keys are held");
-    pressReturn();
+    const auto focused = co_await m_focusedApp.focused();
+    if (stop.stop_requested())
+        co_return;
+    if (!isSame(target, focused))
+        m_logger.warning("Not pressing Enter: another application has the focus now");
+    else
+        pressReturn();
 }
 
 void FocusedTextOutput::pressReturn()

@@ -7,16 +7,16 @@
 
 namespace vocalith {
 
+class FocusedApp;
 class KeyEvents;
-class Pasteboard;
 class TextTypingService;
 
 /// Hands text to the focused application, or to the clipboard. A text that could not be inserted is on the clipboard
 /// afterwards. Lives as long as the program; main thread.
 class FocusedTextOutput final : public TextOutput {
 public:
-    FocusedTextOutput(TextTypingService& typing, Pasteboard& pasteboard, KeyEvents& keyEvents,
-                      Accessibility& accessibility, Clock& clock, Logger logger);
+    FocusedTextOutput(TextTypingService& typing, KeyEvents& keyEvents, Accessibility& accessibility,
+                      FocusedApp& focusedApp, Clock& clock, Logger logger);
 
     /// A stop before the text has been inserted leaves application and clipboard alone, one after it the Return key.
     Task<Result<TextDestination, TextOutputError>> deliver(std::string text, ActionMode action) override;
@@ -28,8 +28,8 @@ private:
     void pressReturn();
 
     TextTypingService& m_typing;
-    Pasteboard& m_pasteboard;
     KeyEvents& m_keyEvents;
+    FocusedApp& m_focusedApp;
     InsertionWatch m_insertion;
     const Logger m_logger;
 };

@@ -38,7 +38,7 @@ TranscriptProcessingService::defaultSteps(const TranscriptProcessingServices& se
     steps.push_back(replacements(WordReplacementTiming::afterAI));
     steps.push_back(script(BashScriptStep::Stage::after));
     steps.push_back(std::make_unique<SpacingStep>());
-    steps.push_back(std::make_unique<AutoCopyToClipboardStep>(services.appStorage, services.pasteboard,
+    steps.push_back(std::make_unique<AutoCopyToClipboardStep>(services.appStorage, services.typing,
                                                               log.logger("AutoCopyToClipboardStep")));
     steps.push_back(std::make_unique<OutputStep>(services.output, services.notices, log.logger("OutputStep")));
     steps.push_back(std::make_unique<HistoryStep>(services.history));
@@ -78,7 +78,7 @@ Task<PipelineOutcome> TranscriptProcessingService::run(TranscriptProcessingConte
             break;
         }
         if (*ended) {
-            outcome.end = End::early;
+            outcome.end = stop.stop_requested() ? End::cancelled : End::early;
             break;
         }
     }

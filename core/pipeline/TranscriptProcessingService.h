@@ -12,9 +12,9 @@ namespace vocalith {
 
 class HistoryService;
 class Notices;
-class Pasteboard;
 class PersistentAppStorage;
 class TextOutput;
+class TextTypingService;
 class TranscriptRules;
 
 /// What the program's steps work with.
@@ -23,8 +23,8 @@ struct TranscriptProcessingServices {
     PersistentAppStorage& appStorage;
     Notices& notices;
     TranscriptRules& rules;
-    HistoryService* history = nullptr; ///< null where nothing is to be kept
-    Pasteboard* pasteboard = nullptr;  ///< for automatic copies; null where there is no desktop
+    HistoryService* history = nullptr;   ///< null where nothing is to be kept
+    TextTypingService* typing = nullptr; ///< for automatic copies; null where there is no desktop
 };
 
 /// What one step did, for those who look into a run.

@@ -100,9 +100,7 @@ Task<int> AtspiElement::setSelectedText(std::string text)
         co_return kUnchanged;
     if (before->end > before->start) {
         AtspiReply deletion(*m_bus, editCall("DeleteText", {before->start, before->end}), until);
-        const auto deletionAnswer = co_await deletion.message;
-        if (!isAnswered(deletionAnswer))
-            co_return kNoAnswer;
+        co_await deletion.message; // at worst what was selected still stands before the text
     }
     const int caret = before->start + (m_traits.countsUtf16 ? units : points);
     AtspiReply caretReply(*m_bus, textCall("SetCaretOffset", {caret}), until);

@@ -160,6 +160,28 @@ TEST(Worker, AStopYieldsAtOnceWhileTheJobRunsOnAndIsTold)
     EXPECT_TRUE(told);
 }
 
+TEST(Worker, AJobThatIsThereAtTheEndCannotAskForMore)
+{
+    std::atomic<bool> entered = false;
+    std::atomic<bool> ranLater = false;
+    std::optional<Result<int, Cancelled>> result;
+    TaskScope scope;
+    {
+        Worker worker;
+        scope.start(storeResult(worker.run([&](const StopToken& stop) {
+            entered = true;
+            while (!stop.stop_requested())
+                std::this_thread::yield();
+            worker.post([&] { ranLater = true; });
+            return 1;
+        }),
+                                result));
+        runUntil([&] { return entered.load(); });
+    }
+    runUntil([&] { return scope.isEmpty(); });
+    EXPECT_FALSE(ranLater);
+}
+
 TEST(Worker, DestructionTellsTheRunningJobAndDropsTheOthers)
 {
     std::atomic<bool> entered = false;

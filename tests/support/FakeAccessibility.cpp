@@ -12,6 +12,11 @@ public:
 
     Task<int> setSelectedText(std::string text) override
     {
+        if (m_owner.hangsAtText) {
+            OneShot<bool> never;
+            co_await never;
+            co_return 2;
+        }
         if (m_owner.error == 0)
             m_owner.inserted.push_back(std::move(text));
         co_return m_owner.error;

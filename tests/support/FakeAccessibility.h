@@ -17,8 +17,9 @@ public:
     bool isTrusted = true;
     bool hasElement = true;
     bool isSecure = false;
-    bool hangs = false; ///< no answer until the wait is stopped
-    int error = 0;      ///< of setting the text
+    bool hangs = false;       ///< no answer until the wait is stopped
+    bool hangsAtText = false; ///< the same once the text is to be set
+    int error = 0;            ///< of setting the text
     FocusedText text;
     std::string visibleText;
 

@@ -28,6 +28,8 @@ Task<Result<PasteboardSnapshot, PasteboardError>> FakePasteboard::snapshot()
     if (snapshotError)
         co_return failure(*snapshotError);
     PasteboardSnapshot copy = m_content;
+    if (const auto meanwhile = std::exchange(duringSnapshot, {}))
+        meanwhile();
     if (answersInPart) {
         copy.items.clear();
         copy.isComplete = false;

@@ -2,6 +2,7 @@
 
 #include "ports/Pasteboard.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,9 +37,10 @@ public:
     int restores = 0;
     std::optional<PasteboardError> snapshotError;
     std::optional<PasteboardError> writeError;
-    bool answersInPart = false; ///< a snapshot misses what there was
-    bool holdsSnapshot = false; ///< `snapshot` waits until it is stopped
-    bool holdsWrite = false;    ///< `writeText` writes, and waits until it is stopped
+    bool answersInPart = false;           ///< a snapshot misses what there was
+    bool holdsSnapshot = false;           ///< `snapshot` waits until it is stopped
+    std::function<void()> duringSnapshot; ///< once, while the next snapshot is taken
+    bool holdsWrite = false;              ///< `writeText` writes, and waits until it is stopped
 
 private:
     void set(PasteboardSnapshot content);

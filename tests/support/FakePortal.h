@@ -21,6 +21,7 @@ public:
         bool insistsOnIdentifier = false; ///< since 1.21: refuses those who have not registered
         bool wrapsTypes = false;          ///< as GNOME does with the types of the clipboard
         bool saysNo = false;              ///< the user declines whatever is asked
+        int refusedKeys = 0;              ///< of the first that are pressed
         bool neverAnswers = false;        ///< the user has gone for a coffee
     };
     struct Shortcut {

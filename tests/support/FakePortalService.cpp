@@ -218,6 +218,11 @@ void FakePortal::Service::start(const QDBusMessage& message)
 void FakePortal::Service::notifyKey(const QDBusMessage& message)
 {
     const auto arguments = message.arguments();
+    if (desktop.refusedKeys > 0) {
+        --desktop.refusedKeys;
+        bus.send(message.createErrorReply(QDBusError::Failed, "The session is locked"));
+        return;
+    }
     keys.push_back(fmt::format("{} {} {}", message.member() == "NotifyKeyboardKeysym" ? "keysym" : "keycode",
                                arguments.value(2).toInt(), arguments.value(3).toUInt() == 1 ? "down" : "up"));
     reply(message, {});

@@ -178,6 +178,10 @@ int CommandsCommand::run(const CommandsImportOptions& options)
     if (const auto failed = failedToStore())
         return *failed;
     m_services.terminal.line(fmt::format("Commands taken over: {}.", commands->size()));
+    for (const auto& command : *commands) {
+        if (command.isEnabled)
+            warn(command);
+    }
     hintThatTheyAreOff();
     return exitSuccess;
 }

@@ -161,7 +161,7 @@ Task<PipelineOutcome> ProcessCommand::process(TranscriptProcessingContext contex
                                           m_services.notices,
                                           m_services.rules,
                                           m_options.history ? m_services.history : nullptr,
-                                          m_services.pasteboard};
+                                          m_services.typing};
     TranscriptProcessingService::Observer observer;
     if (m_options.json)
         observer = [this](const StepReport& step) { m_explained.steps.push_back(explained(step)); };

@@ -20,19 +20,17 @@ Examples:
 ProcessCommandLine::ProcessCommandLine(CLI::App& app)
     : m_command(app.add_subcommand("process", "Try your rules on a text, without speaking"))
 {
-    auto* const prompt =
-        m_command
-            ->add_option("-p,--prompt", m_options.prompt, "The prompt to use; without it the one that dictations use")
-            ->type_name("NAME");
-    auto* const before =
-        m_command
-            ->add_option("--before-script", m_beforeScript, "A script to run before the AI, in place of the prompt's")
-            ->type_name("FILE");
-    auto* const after =
-        m_command->add_option("--after-script", m_afterScript, "A script to run after the AI, in place of the prompt's")
-            ->type_name("FILE");
+    const auto named = [](const std::string& name) { return std::string(name.empty() ? "The name is empty" : ""); };
+    const auto script = [this](const char* option, std::string& file, const char* help) {
+        return m_command->add_option(option, file, help)->type_name("FILE");
+    };
+    auto* const prompt = m_command->add_option("-p,--prompt", m_options.prompt,
+                                               "The prompt to use; without it the one that dictations use");
+    prompt->type_name("NAME")->check(named);
+    m_before = script("--before-script", m_beforeScript, "A script to run before the AI, in place of the prompt's");
+    m_after = script("--after-script", m_afterScript, "A script to run after the AI, in place of the prompt's");
     m_command->add_flag("--journal", m_options.journal, "Treat it as a dictation for the journal, without a prompt")
-        ->excludes(prompt, before, after);
+        ->excludes(prompt, m_before, m_after);
     m_command->add_flag("--explain", m_options.explain, "Say on standard error what each step did");
     m_command->add_flag("--json", m_options.json, "Print the text and what each step did as JSON");
     m_command->add_flag("--history", m_options.history, "Keep it in the history, as a dictation is kept");
@@ -44,9 +42,9 @@ std::optional<ProcessOptions> ProcessCommandLine::options() const
     if (!m_command->parsed())
         return std::nullopt;
     auto options = m_options;
-    if (!m_beforeScript.empty())
+    if (m_before->count() > 0)
         options.beforeScript = m_beforeScript;
-    if (!m_afterScript.empty())
+    if (m_after->count() > 0)
         options.afterScript = m_afterScript;
     return options;
 }

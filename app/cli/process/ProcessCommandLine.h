@@ -7,6 +7,7 @@
 
 namespace CLI {
 class App;
+class Option;
 } // namespace CLI
 
 namespace vocalith {
@@ -21,6 +22,8 @@ public:
 
 private:
     CLI::App* m_command;
+    CLI::Option* m_before;
+    CLI::Option* m_after;
     ProcessOptions m_options;
     std::string m_beforeScript;
     std::string m_afterScript;

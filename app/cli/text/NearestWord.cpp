@@ -38,7 +38,7 @@ std::string nearestWord(const std::string& typed, const std::vector<std::string>
         constexpr std::size_t kTelling = 4;
         if (wanted.size() >= kTelling && candidate.find(wanted) != std::string::npos)
             score = std::min<std::size_t>(score, 1);
-        if (score < best) {
+        if (score < best && score < std::max(wanted.size(), candidate.size())) { // they share a letter
             best = score;
             nearest = word;
         }

@@ -14,15 +14,18 @@ Task<Result<void, PasteboardError>> BorrowedPasteboard::put(std::string text, bo
 {
     m_restoreTimer.reset();
     co_await m_restores.untilEmpty();
+    const bool hasTextBefore = m_snapshot && isOurs();
     const auto saved = co_await save();
     if (!saved)
         co_return saved;
     const auto written = co_await m_pasteboard.writeText(std::move(text), isTransient);
-    m_changeCount = m_pasteboard.changeCount();
-    if (!written && written.error().kind != Kind::cancelled)
-        leaveText(); // it never left the user's hands
-    else if (!written)
+    const bool isPerhapsThere = written || written.error().kind == Kind::cancelled;
+    if (isPerhapsThere)
+        m_changeCount = m_pasteboard.changeCount();
+    if (!written && (isPerhapsThere || hasTextBefore))
         giveBack();
+    else if (!written)
+        leaveText(); // it never left the user's hands
     co_return written;
 }
 
@@ -31,7 +34,7 @@ Task<Result<void, PasteboardError>> BorrowedPasteboard::save()
     if (m_snapshot && isOurs())
         co_return Result<void, PasteboardError>(); // the text before is still there, and what was before it is known
     m_snapshot.reset();
-    auto snapshot = co_await m_pasteboard.snapshot();
+    auto snapshot = co_await settledSnapshot();
     if (!snapshot && snapshot.error().kind == Kind::cancelled)
         co_return failure(snapshot.error());
     if (!snapshot || !snapshot->isComplete)
@@ -39,6 +42,17 @@ Task<Result<void, PasteboardError>> BorrowedPasteboard::save()
                          (snapshot ? "" : ": " + userMessage(snapshot.error())));
     m_snapshot = snapshot ? std::move(*snapshot) : PasteboardSnapshot();
     co_return Result<void, PasteboardError>();
+}
+
+/// What is there after the reading as before it: a slow owner leaves the user time to copy something else.
+Task<Result<PasteboardSnapshot, PasteboardError>> BorrowedPasteboard::settledSnapshot()
+{
+    for (int count = 1;; ++count) {
+        const auto before = m_pasteboard.changeCount();
+        auto snapshot = co_await m_pasteboard.snapshot();
+        if (!snapshot || m_pasteboard.changeCount() == before || count == kMostSnapshots)
+            co_return snapshot;
+    }
 }
 
 Task<BorrowedPasteboard::Fate> BorrowedPasteboard::untilFetched()
@@ -96,6 +110,7 @@ Task<void> BorrowedPasteboard::shutDown()
 {
     giveBack();
     co_await m_restores.untilEmpty();
+    co_await m_pasteboard.handOver();
 }
 
 } // namespace vocalith

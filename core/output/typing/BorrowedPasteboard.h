@@ -21,6 +21,8 @@ public:
     static constexpr std::chrono::milliseconds kFetchGrace{2000};
     /// What an application that was late has for reading on, in another type for instance.
     static constexpr std::chrono::milliseconds kLateReading{100};
+    /// How often the clipboard is read again because somebody has copied meanwhile.
+    static constexpr int kMostSnapshots = 3;
 
     enum class Fate {
         fetched,    ///< read by the focused application, as far as the desktop says who reads
@@ -39,11 +41,12 @@ public:
     void giveBack();
     /// The text is to stay; what was there is forgotten.
     void leaveText();
-    /// Puts back what is still due, and waits for that. No text may be on its way.
+    /// Puts back what is still due, and sees that it outlives the program. No text may be on its way.
     Task<void> shutDown();
 
 private:
     Task<Result<void, PasteboardError>> save();
+    Task<Result<PasteboardSnapshot, PasteboardError>> settledSnapshot();
     Task<void> restore(PasteboardSnapshot snapshot);
     bool isOurs() const { return m_pasteboard.changeCount() == m_changeCount; }
 

@@ -199,12 +199,22 @@ Task<Outcome> TextTypingService::insertThroughAccessibility(std::string text)
         co_return failure(TextTypingError{Kind::noFocusedElement, {}});
     }
     const int error = co_await element->setSelectedText(std::move(text));
+    if (error != 0 && stop.stop_requested())
+        co_return cancelled();
     if (error != 0) {
         m_logger.error(fmt::format("❌ Failed to set text via Accessibility API (error: {}", error));
         co_return failure(TextTypingError{Kind::elementRefused, std::to_string(error)});
     }
     m_logger.info("✅ Text inserted via Accessibility API");
     co_return TextTypingResult::success;
+}
+
+Task<Result<void, PasteboardError>> TextTypingService::copy(std::string text)
+{
+    const auto turn = co_await m_turns.take();
+    if (!turn)
+        co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
+    co_return co_await m_ports.pasteboard.writeText(std::move(text), false);
 }
 
 Task<void> TextTypingService::shutDown()

@@ -49,6 +49,8 @@ public:
     /// `insertableText`). Yields as soon as the focused application has it, or is known not to take it. When a paste
     /// fails after the text has gone to the clipboard, it stays there.
     Task<Result<TextTypingResult, TextTypingError>> typeText(std::string text, bool preprocess);
+    /// Leaves a copy on the clipboard, for good; not while that carries another text.
+    Task<Result<void, PasteboardError>> copy(std::string text);
 
     /// Puts clipboard and keyboard layout back at once where that is still due. Nobody may be typing any more.
     Task<void> shutDown();

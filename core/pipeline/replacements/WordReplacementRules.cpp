@@ -98,6 +98,8 @@ private:
         const auto written = literally ? literalTemplate(replacement) : replacementTemplate(replacement, *expression);
         auto replaced = expression->replaceAll(m_text, written, m_effort);
         if (!replaced) {
+            if (replaced.error() == MatchingFailure::stopped)
+                return;
             skip(name, pattern, reasonOf(replaced.error()));
             m_givenUp.push_back(m_notes.back());
         } else if (replaced->matches > 0) {

@@ -15,7 +15,7 @@ class PersistentAppStorage;
 struct BashScriptError {
     enum class Kind {
         launch,        ///< the shell could not be started; `detail` says why
-        tooMuchOutput, ///< the script was ended because it went on printing after 128 MiB
+        tooMuchOutput, ///< the script was ended because it printed more than 128 MiB
         cancelled
     };
     Kind kind = Kind::launch;

@@ -5,15 +5,15 @@
 
 namespace vocalith {
 
-class Pasteboard;
 class PersistentAppStorage;
+class TextTypingService;
 
-/// Leaves a copy of the text on the clipboard when the user wants it. Without a clipboard (null) it passes the text on;
+/// Leaves a copy of the text on the clipboard when the user wants it. Without a desktop (null) it passes the text on;
 /// a failed copy never stops the run.
 class AutoCopyToClipboardStep final : public TranscriptProcessingStep {
 public:
-    AutoCopyToClipboardStep(PersistentAppStorage& appStorage, Pasteboard* pasteboard, Logger logger)
-        : m_appStorage(appStorage), m_pasteboard(pasteboard), m_logger(std::move(logger))
+    AutoCopyToClipboardStep(PersistentAppStorage& appStorage, TextTypingService* typing, Logger logger)
+        : m_appStorage(appStorage), m_typing(typing), m_logger(std::move(logger))
     {}
 
     std::string_view name() const override { return "AutoCopyToClipboardStep"; }
@@ -21,7 +21,7 @@ public:
 
 private:
     PersistentAppStorage& m_appStorage;
-    Pasteboard* const m_pasteboard;
+    TextTypingService* const m_typing;
     const Logger m_logger;
 };
 

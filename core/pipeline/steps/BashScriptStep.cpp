@@ -22,11 +22,11 @@ const std::string& scriptOf(const AIPrompt& prompt, Stage stage)
     return stage == Stage::before ? prompt.preAIPromptScript : prompt.postAIPromptScript;
 }
 
-std::string scriptName(const TranscriptProcessingContext& context)
+std::string scriptName(const TranscriptProcessingContext& context, Stage stage)
 {
     const auto* prompt = activePrompt(context);
-    return prompt && !prompt->name.empty() ? "The script of the prompt \"" + prompt->name + "\""
-                                           : "The prompt's script";
+    return fmt::format("The script {} the AI of {}", stage == Stage::before ? "before" : "after",
+                       prompt && !prompt->name.empty() ? "the prompt \"" + prompt->name + "\"" : "this prompt");
 }
 
 std::string firstOf(const std::string& text)
@@ -46,12 +46,11 @@ std::string failureOf(const BashScriptService::BashResult& result)
     return fmt::format("status {}{}{}", result.exitCode, complaint.empty() ? "" : ": ", complaint);
 }
 
-std::string silenceOf(const BashScriptService::BashResult& result, const TranscriptProcessingContext& context)
+std::string silenceOf(const BashScriptService::BashResult& result, const std::string& script)
 {
     if (result.exitCode == 0)
-        return scriptName(context) + " printed nothing, so nothing was inserted.";
-    return fmt::format("{} failed ({}) and printed nothing, so nothing was inserted.", scriptName(context),
-                       failureOf(result));
+        return script + " printed nothing, so nothing was inserted.";
+    return fmt::format("{} failed ({}) and printed nothing, so nothing was inserted.", script, failureOf(result));
 }
 
 } // namespace
@@ -91,9 +90,8 @@ Result<bool, StepFailure> BashScriptStep::use(const BashScriptService::BashResul
     const auto text = trimmedView(result.output);
     if (text.empty()) {
         m_logger.info("Bash script produced no output during " + word(m_stage) + ". Stopping pipeline");
-        context.endReason = silenceOf(result, context);
-        if (result.exitCode != 0 && !context.historyEntry) // a broken script was not meant to take the only copy
-            return failure(StepFailure{context.endReason});
+        context.endReason = silenceOf(result, scriptName(context, m_stage));
+        context.hasEndedInFailure = result.exitCode != 0;
         return true;
     }
     context.transcript = text;
@@ -103,7 +101,7 @@ Result<bool, StepFailure> BashScriptStep::use(const BashScriptService::BashResul
 
 bool BashScriptStep::leaveTheText(TranscriptProcessingContext& context, const std::string& what) const
 {
-    const auto message = scriptName(context) + " " + what + " The text was left as it was.";
+    const auto message = scriptName(context, m_stage) + " " + what + " The text was left as it was.";
     note(context, "_problem", message);
     m_notices.show(message);
     return false;

@@ -65,7 +65,7 @@ public:
     Task<Drained> drained()
     {
         if (!m_isSending)
-            co_return std::exchange(m_result, {});
+            co_return Drained();
         OneShot<Drained> done;
         m_waiting.push_back(done.resolver());
         auto outcome = co_await done;
@@ -99,7 +99,10 @@ private:
 
     void fail(const PortalError& error)
     {
-        m_result = failure(KeyEventsError{Kind::failed, error.detail});
+        if (m_waiting.empty()) // nobody is told, and certainly not who types next
+            m_desktop.state().logger.warning("The desktop did not take a key: " + error.detail);
+        else
+            m_result = failure(KeyEventsError{Kind::failed, error.detail});
         // What goes down comes up again all the same.
         std::erase_if(m_strokes, [](const auto& stroke) { return stroke.isDown; });
     }

@@ -21,6 +21,7 @@ namespace {
 /// What clipboard managers look for before they keep something: Klipper, CopyQ and others know the first one, the
 /// second is the name that the convention was given elsewhere.
 constexpr const char* kSecretHint = "x-kde-passwordManagerHint";
+constexpr auto kHandOverPatience = std::chrono::seconds(2);
 constexpr const char* kTransientType = "org.nspasteboard.TransientType";
 
 PasteboardSnapshot::Payload payload(std::string bytes)
@@ -72,11 +73,12 @@ struct X11Pasteboard::State {
     State(X11Pasteboard& owner, X11Connection& used, Clock& clock, Logger log);
     ~State() { XDestroyWindow(connection.display(), window); }
 
-    unsigned long makeWindow() const;
+    unsigned long makeWindow();
     void handle(const XEvent& event);
     void count();
     void served(unsigned long requestor, unsigned long target);
     PasteboardFetch::Reader readerOf(unsigned long requestor);
+    Task<bool> savePrimary(std::shared_ptr<X11SelectionReader::Conversation> asked);
     PasteboardError error() const;
     void releasePrimary();
     void writeToPrimary(const std::string& text);
@@ -92,7 +94,7 @@ struct X11Pasteboard::State {
     X11SelectionOwner primary;
     X11SelectionReader reader;
     std::optional<X11SelectionContent> primaryBefore; ///< from a snapshot until the restore
-    bool pastesFromPrimary = false;                   ///< the window that is active; known before it is needed
+    bool hasLooked = false; ///< a snapshot has seen whether the window in focus pastes from there
     std::int64_t changes = 0;
     int fixesEvent = 0;
 
@@ -124,12 +126,14 @@ X11Pasteboard::State::State(X11Pasteboard& owner, X11Connection& used, Clock& cl
                                    XFixesSelectionClientCloseNotifyMask);
 }
 
-unsigned long X11Pasteboard::State::makeWindow() const
+unsigned long X11Pasteboard::State::makeWindow()
 {
     XSetWindowAttributes attributes{};
     attributes.event_mask = PropertyChangeMask;
-    return XCreateWindow(connection.display(), connection.root(), -1, -1, 1, 1, 0, 0, InputOnly, nullptr, CWEventMask,
-                         &attributes);
+    const auto made = XCreateWindow(connection.display(), connection.root(), -1, -1, 1, 1, 0, 0, InputOnly, nullptr,
+                                    CWEventMask, &attributes);
+    windows.markAsOwn(made);
+    return made;
 }
 
 void X11Pasteboard::State::handle(const XEvent& event)
@@ -162,8 +166,10 @@ void X11Pasteboard::State::served(unsigned long requestor, unsigned long target)
 PasteboardFetch::Reader X11Pasteboard::State::readerOf(unsigned long requestor)
 {
     using Reader = PasteboardFetch::Reader;
-    const auto focus = windows.inputFocus();
     const int reading = windows.processId(requestor);
+    if (windows.hasNoFocus()) // nobody's keys went anywhere, unless a window is only about to have it
+        return reading != 0 && reading == windows.processId(windows.active()) ? Reader::unknown : Reader::other;
+    const auto focus = windows.inputFocus();
     const int focused = focus == 0 ? 0 : windows.processId(focus);
     if (reading == 0 || focused == 0)
         return Reader::unknown;
@@ -183,6 +189,15 @@ void X11Pasteboard::State::writeToPrimary(const std::string& text)
         return;
     const auto tell = [this](unsigned long requestor, unsigned long target) { served(requestor, target); };
     primary.own(textContent(connection, text, false), tell);
+}
+
+/// False when the wait was stopped.
+Task<bool> X11Pasteboard::State::savePrimary(std::shared_ptr<X11SelectionReader::Conversation> asked)
+{
+    const auto content = co_await reader.read(std::move(asked));
+    if (content)
+        primaryBefore = content->forms;
+    co_return content.has_value();
 }
 
 void X11Pasteboard::State::releasePrimary()
@@ -245,27 +260,29 @@ Task<Result<PasteboardSnapshot, PasteboardError>> X11Pasteboard::snapshot()
     auto& state = *m_state;
     if (state.connection.isLost())
         co_return failure(state.error());
+    const PasteboardError cancelled{PasteboardError::Kind::cancelled};
     state.primaryBefore.reset();
     X11SelectionReader::Content content;
-    std::shared_ptr<X11SelectionReader::Conversation> asked;
+    std::shared_ptr<X11SelectionReader::Conversation> clipboard;
+    std::shared_ptr<X11SelectionReader::Conversation> primary;
     if (state.clipboard.isOwner())
         content.forms = state.clipboard.content();
     else
-        asked = state.reader.ask(state.connection.atom("CLIPBOARD"));
+        clipboard = state.reader.ask(state.connection.atom("CLIPBOARD"));
     // While the owner makes up its answer the server tells who has the focus.
-    const bool wantsPrimary = pastesFromPrimary(state.windows.focusedClass());
-    if (asked) {
-        const auto read = co_await state.reader.read(asked);
+    if (pastesFromPrimary(state.windows.focusedClass()))
+        primary = state.reader.ask(XA_PRIMARY);
+    state.hasLooked = true;
+    if (clipboard) {
+        const auto read = co_await state.reader.read(clipboard);
         if (!read)
-            co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
+            co_return failure(cancelled);
         content = *read;
     }
-    if (wantsPrimary) {
-        asked = state.reader.ask(XA_PRIMARY);
-        const auto primary = co_await state.reader.read(asked);
-        if (!primary)
-            co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
-        state.primaryBefore = primary->forms;
+    if (primary) {
+        const bool isSaved = co_await state.savePrimary(primary);
+        if (!isSaved)
+            co_return failure(cancelled);
     }
     if (!content.isComplete)
         state.logger.warning("The owner of the clipboard has not handed over everything");
@@ -275,6 +292,14 @@ Task<Result<PasteboardSnapshot, PasteboardError>> X11Pasteboard::snapshot()
 Task<Result<void, PasteboardError>> X11Pasteboard::writeText(std::string text, bool isTransient)
 {
     auto& state = *m_state;
+    // Without a snapshot just before, the window in focus may be another by now.
+    const bool hasLooked = std::exchange(state.hasLooked, false) || state.primaryBefore;
+    if (!hasLooked && pastesFromPrimary(state.windows.focusedClass())) {
+        const auto asked = state.reader.ask(XA_PRIMARY);
+        const bool isSaved = co_await state.savePrimary(asked);
+        if (!isSaved)
+            co_return failure(PasteboardError{PasteboardError::Kind::cancelled});
+    }
     auto content = textContent(state.connection, text, isTransient);
     const auto tell = [&state](unsigned long requestor, unsigned long target) { state.served(requestor, target); };
     if (!state.clipboard.own(std::move(content), tell))
@@ -297,6 +322,18 @@ Task<Result<void, PasteboardError>> X11Pasteboard::restore(PasteboardSnapshot sn
         co_return failure(state.error());
     state.count();
     co_return Result<void, PasteboardError>();
+}
+
+/// As the clipboard manager protocol of freedesktop.org has it: whoever owns CLIPBOARD_MANAGER takes all when it is
+/// asked for SAVE_TARGETS.
+Task<void> X11Pasteboard::handOver()
+{
+    auto& state = *m_state;
+    const auto manager = state.connection.atom("CLIPBOARD_MANAGER");
+    if (state.connection.isLost() || !state.clipboard.isOwner() ||
+        XGetSelectionOwner(state.connection.display(), manager) == None)
+        co_return;
+    co_await state.reader.request(manager, state.connection.atom("SAVE_TARGETS"), kHandOverPatience);
 }
 
 } // namespace vocalith

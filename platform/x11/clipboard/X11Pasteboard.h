@@ -22,6 +22,7 @@ public:
     Task<Result<PasteboardSnapshot, PasteboardError>> snapshot() override;
     Task<Result<void, PasteboardError>> writeText(std::string text, bool isTransient) override;
     Task<Result<void, PasteboardError>> restore(PasteboardSnapshot snapshot) override;
+    Task<void> handOver() override;
     std::int64_t changeCount() const override;
 
 private:

@@ -22,6 +22,7 @@ namespace {
 
 constexpr auto kPatience = std::chrono::milliseconds(500);
 constexpr auto kLongest = std::chrono::seconds(3);
+constexpr int kQuickTurns = 4;     ///< events are told in fewer than that until an answer is here
 constexpr long kSlice = 64 * 1024; ///< in units of four bytes
 constexpr std::size_t kMostTargets = 200;
 constexpr std::size_t kMostBytes = 1U << 30U;
@@ -67,8 +68,9 @@ std::vector<unsigned long> unitsOf(const std::string& bytes)
 /// One talk with one owner, over a property that no other talk uses: an answer that comes too late reaches nobody.
 class X11SelectionReader::Conversation {
 public:
-    Conversation(X11SelectionReader& reader, unsigned long selection)
+    Conversation(X11SelectionReader& reader, unsigned long selection, Duration patience = kPatience)
         : m_connection(reader.m_connection), m_clock(reader.m_clock), m_window(reader.m_window), m_selection(selection),
+          m_patience(patience),
           m_property(m_connection.atom(fmt::format("_VOCALITH_READ_{}", reader.m_conversations++ % 8))),
           m_incremental(m_connection.atom("INCR")), m_end(m_clock.instant() + kLongest),
           m_events(m_connection.event.subscribe([this](const XEvent& event) { handle(event); }))
@@ -94,6 +96,8 @@ private:
 
     void handle(const XEvent& event);
     void arrive(Arrival arrival);
+    bool isAnswered() const;
+    void waitBriefly();
     Task<Result<Arrival, Cancelled>> next();
     Task<Result<bool, Cancelled>> take(Value& value);
     Task<Result<bool, Cancelled>> takePieces(Value& value);
@@ -103,10 +107,12 @@ private:
     Clock& m_clock;
     const unsigned long m_window;
     const unsigned long m_selection;
+    const Duration m_patience;
     const unsigned long m_property;
     const unsigned long m_incremental;
     const Instant m_end;
     unsigned long m_target = None;
+    Instant m_lastSign; ///< of life, or when it was asked
     bool m_hasStalled = false;
     bool m_isQuick = true; ///< all answers have come within a moment
     std::deque<Arrival> m_arrivals;
@@ -130,6 +136,7 @@ void X11SelectionReader::Conversation::handle(const XEvent& event)
 
 void X11SelectionReader::Conversation::arrive(Arrival arrival)
 {
+    m_lastSign = m_clock.instant();
     if (const auto waiting = std::exchange(m_waiting, std::nullopt))
         (*waiting)(arrival);
     else
@@ -138,8 +145,6 @@ void X11SelectionReader::Conversation::arrive(Arrival arrival)
 
 Task<Result<X11SelectionReader::Conversation::Arrival, Cancelled>> X11SelectionReader::Conversation::next()
 {
-    if (m_isQuick && m_arrivals.empty()) // until the first wait in vain
-        m_isQuick = m_connection.waitBriefly();
     if (!m_arrivals.empty()) {
         const auto first = m_arrivals.front();
         m_arrivals.pop_front();
@@ -147,8 +152,8 @@ Task<Result<X11SelectionReader::Conversation::Arrival, Cancelled>> X11SelectionR
     }
     OneShot<Arrival> arrived;
     m_waiting = arrived.resolver();
-    const auto patience = std::min<Duration>(kPatience, m_end - m_clock.instant());
-    const auto timer = m_clock.after(std::max(patience, Duration::zero()),
+    const auto patience = std::min(m_lastSign + m_patience, m_end) - m_clock.instant();
+    const auto timer = m_clock.after(std::max<Duration>(patience, Duration::zero()),
                                      [resolve = arrived.resolver()] { resolve(Arrival::stalled); });
     const auto arrival = co_await arrived;
     m_waiting.reset();
@@ -205,16 +210,30 @@ Task<Result<bool, Cancelled>> X11SelectionReader::Conversation::takePieces(Value
     co_return false;
 }
 
+bool X11SelectionReader::Conversation::isAnswered() const
+{
+    return std::ranges::any_of(m_arrivals, [](Arrival arrival) { return arrival != Arrival::data; });
+}
+
+/// Most owners answer at once, and then there is no need to go through the event loop.
+void X11SelectionReader::Conversation::waitBriefly()
+{
+    for (int turn = 0; turn < kQuickTurns && m_isQuick && !isAnswered(); ++turn)
+        m_isQuick = m_connection.waitBriefly(); // never again once it was in vain
+}
+
 void X11SelectionReader::Conversation::ask(unsigned long target)
 {
     m_target = target;
     m_arrivals.clear();
+    m_lastSign = m_clock.instant();
     XConvertSelection(m_connection.display(), m_selection, target, m_property, m_window, CurrentTime);
     XFlush(m_connection.display());
 }
 
 Task<Result<std::optional<X11SelectionForm>, Cancelled>> X11SelectionReader::Conversation::answer()
 {
+    waitBriefly();
     auto arrival = Arrival::data;
     while (arrival == Arrival::data) { // the property is written before the answer comes
         const auto arrived = co_await next();
@@ -281,6 +300,13 @@ Task<Result<X11SelectionReader::Content, Cancelled>> X11SelectionReader::read(st
         }
     }
     co_return content;
+}
+
+Task<void> X11SelectionReader::request(unsigned long selection, unsigned long target, Duration patience)
+{
+    Conversation conversation(*this, selection, patience);
+    conversation.ask(target);
+    co_await conversation.answer();
 }
 
 } // namespace vocalith

@@ -24,10 +24,12 @@ public:
         : m_connection(connection), m_clock(clock), m_window(window)
     {}
 
-    /// Asks the owner what it offers, and does not wait for the answer.
+    /// Asks the owner what it offers, and does not wait for the answer. Its half second begins here.
     std::shared_ptr<Conversation> ask(unsigned long selection);
     /// Hears the answer and reads all that it names.
     Task<Result<Content, Cancelled>> read(std::shared_ptr<Conversation> asked);
+    /// Has the owner do what the target stands for, and waits until it has, at most that long.
+    Task<void> request(unsigned long selection, unsigned long target, Duration patience);
 
 private:
     X11Connection& m_connection;

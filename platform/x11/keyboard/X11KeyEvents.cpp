@@ -7,6 +7,7 @@
 #include "platform/x11/keyboard/X11HeldModifiers_p.h"
 #include "platform/x11/keyboard/X11Typist_p.h"
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
 #include <algorithm>
@@ -132,8 +133,10 @@ Result<void, KeyEventsError> X11KeyEvents::Source::post(const std::vector<KeyEve
 {
     auto& connection = m_keyboard.connection();
     m_keyboard.refresh();
-    const bool isForPrimary =
-        std::ranges::any_of(events, isTerminalPaste) && pastesFromPrimary(m_state.windows.focusedClass());
+    // Never what somebody else has selected there.
+    const bool isForPrimary = std::ranges::any_of(events, isTerminalPaste) &&
+                              pastesFromPrimary(m_state.windows.focusedClass()) &&
+                              m_state.windows.isOwnSelection(XA_PRIMARY);
     const auto posted = isForPrimary ? shiftInsert() : events;
     if (m_kind == SourceState::privateState) {
         const X11HeldModifiers lifted(m_keyboard);

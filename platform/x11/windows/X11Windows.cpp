@@ -12,10 +12,13 @@
 #include <memory>
 #include <string_view>
 
+#include <unistd.h>
+
 namespace vocalith {
 namespace {
 
-constexpr long kLongestProperty = 4096; ///< in units of four bytes
+constexpr const char* kOwnWindow = "_VOCALITH_PROCESS"; ///< holds the process id
+constexpr long kLongestProperty = 4096;                 ///< in units of four bytes
 
 struct Freed {
     void operator()(void* data) const { XFree(data); }
@@ -74,6 +77,31 @@ unsigned long X11Windows::inputFocus()
     int revert = 0;
     XGetInputFocus(m_connection.display(), &window, &revert);
     return m_connection.isLost() || window == PointerRoot ? None : window;
+}
+
+bool X11Windows::hasNoFocus()
+{
+    int code = 0;
+    int event = 0;
+    int error = 0;
+    Window window = PointerRoot;
+    int revert = 0;
+    XGetInputFocus(m_connection.display(), &window, &revert);
+    return window == None && !m_connection.isLost() &&
+           !XQueryExtension(m_connection.display(), "XWAYLAND", &code, &event, &error);
+}
+
+void X11Windows::markAsOwn(unsigned long window)
+{
+    const long id = ::getpid();
+    XChangeProperty(m_connection.display(), window, m_connection.atom(kOwnWindow), XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&id), 1);
+}
+
+bool X11Windows::isOwnSelection(unsigned long selection)
+{
+    const auto owner = XGetSelectionOwner(m_connection.display(), selection);
+    return owner != None && numbers(owner, kOwnWindow) == std::vector{static_cast<unsigned long>(::getpid())};
 }
 
 unsigned long X11Windows::active()

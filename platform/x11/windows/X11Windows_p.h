@@ -24,6 +24,12 @@ public:
     unsigned long topLevel(unsigned long window);
 
     std::string windowClass(unsigned long window);
+    /// Whether the keys go nowhere. Not on a server within a Wayland compositor, which has the focus itself then.
+    bool hasNoFocus();
+    /// Marks a window as one of this program, whichever connection it was made on.
+    void markAsOwn(unsigned long window);
+    /// Whether the window that owns the selection is marked so.
+    bool isOwnSelection(unsigned long selection);
     /// The class of the window that the keys go to.
     std::string focusedClass();
     std::string title(unsigned long window); ///< UTF-8

@@ -41,8 +41,8 @@ protected:
     }
 
     TypingStage stage;
-    FocusedTextOutput output{stage.service,       stage.pasteboard, stage.keys,
-                             stage.accessibility, stage.clock,      stage.log.logger("OutputStep")};
+    FocusedTextOutput output{stage.service,    stage.keys,  stage.accessibility,
+                             stage.focusedApp, stage.clock, stage.log.logger("OutputStep")};
 };
 
 TEST_F(Output, DoesWithTheTextWhatTheUserWants)
@@ -119,6 +119,18 @@ TEST_F(Output, PressesReturnOnceTheTextIsSeenWhereThatCanBeSeen)
         EXPECT_TRUE(sent);
         stage.advance(1s);
     }
+}
+
+TEST_F(Output, PressesNoReturnInAnotherApplication)
+{
+    Timer switched = stage.clock.after(500ms, [&] {
+        stage.focusedApp.application = FocusedApplication{"org.example.chat", "Chat", "Boss", 4712, false, {}};
+    });
+    stage.keys.holdsModifiers = false;
+    stage.accessibility.text.before = "something else";
+    EXPECT_TRUE(deliver(ActionMode::pasteAndSend));
+    EXPECT_FALSE(sent);
+    EXPECT_TRUE(stage.log.has("Not pressing Enter: another application has the focus now"));
 }
 
 TEST_F(Output, AReturnKeyThatCannotBePressedIsOnlyLogged)

@@ -74,6 +74,19 @@ TEST(AccessibilityInsertion, SetsTheSelectedTextOfTheFocusedElementAndNothingEls
     }
 }
 
+TEST(AccessibilityInsertion, AStopIsNoFailure)
+{
+    TypingStage stage;
+    stage.storage.textTypingMode.set(TextTypingMode::accessibilityAPI);
+    stage.accessibility.hangsAtText = true;
+    stage.type("text");
+    stage.tasks.requestStop();
+    stage.advance(0ms);
+    ASSERT_TRUE(stage.outcome);
+    EXPECT_EQ(stage.outcome->error().kind, Kind::cancelled);
+    EXPECT_FALSE(stage.log.has("❌"));
+}
+
 TEST(TextTyping, NothingToTypeTouchesNothing)
 {
     for (const auto mode : {TextTypingMode::smartPaste, TextTypingMode::simulateKeystrokes}) {

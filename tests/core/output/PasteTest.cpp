@@ -193,6 +193,40 @@ TEST(Paste, TextsInAQuickRowBorrowTheClipboardOnce)
     EXPECT_EQ(stage.pasteboard.text(), "copied meanwhile");
 }
 
+TEST(Paste, WhatIsCopiedWhileTheClipboardIsSavedComesBack)
+{
+    TypingStage stage;
+    stage.pasteboard.duringSnapshot = [&] { stage.pasteboard.copyByOther("copied meanwhile"); };
+    EXPECT_EQ(stage.typed("text"), TextTypingResult::success);
+    EXPECT_EQ(stage.pasteboard.text(), "copied meanwhile");
+}
+
+TEST(Paste, ATextThatCannotBeWrittenStillBringsBackWhatWasThereBeforeTheOneBefore)
+{
+    TypingStage stage;
+    stage.type("one");
+    stage.pasteboard.writeError = PasteboardError{PasteboardError::Kind::failed, "No memory."};
+    EXPECT_FALSE(stage.typed("two"));
+    EXPECT_EQ(stage.pasteboard.text(), "the user's");
+}
+
+TEST(Paste, ACopyWaitsUntilTheClipboardIsNotOnLoan)
+{
+    TypingStage stage;
+    stage.readsAfter = 100ms;
+    stage.type("text");
+    std::optional<Result<void, PasteboardError>> copied;
+    stage.tasks.start(storeResult(stage.service.copy("for good"), copied));
+    stage.advance(0ms);
+    EXPECT_FALSE(copied);
+    stage.advance(100ms);
+    EXPECT_EQ(stage.document, "text");
+    EXPECT_EQ(stage.outcome, TextTypingResult::success);
+    EXPECT_TRUE(copied && *copied);
+    stage.advance(3s);
+    EXPECT_EQ(stage.pasteboard.text(), "for good");
+}
+
 TEST(Paste, TextsAtTheSameTimeAreInsertedOneAfterTheOther)
 {
     TypingStage stage;

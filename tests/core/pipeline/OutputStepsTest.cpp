@@ -33,11 +33,11 @@ protected:
     }
 
     TypingStage stage;
-    FocusedTextOutput output{stage.service,       stage.pasteboard, stage.keys,
-                             stage.accessibility, stage.clock,      stage.log.logger()};
+    FocusedTextOutput output{stage.service,    stage.keys,  stage.accessibility,
+                             stage.focusedApp, stage.clock, stage.log.logger()};
     RecordedNotices notices;
     SpacingStep spacing;
-    AutoCopyToClipboardStep autoCopy{stage.storage, &stage.pasteboard, stage.log.logger()};
+    AutoCopyToClipboardStep autoCopy{stage.storage, &stage.service, stage.log.logger()};
     OutputStep outputStep{output, notices, stage.log.logger()};
     TranscriptProcessingContext context;
     bool goesOn = false;

@@ -161,6 +161,18 @@ TEST(PortalRemoteDesktopTest, TypesEveryScriptInOrder)
     EXPECT_LT(desktop.keys().size(), 10'000U);
 }
 
+TEST(PortalRemoteDesktopTest, AKeyThatWasRefusedIsNotBlamedOnTheNextText)
+{
+    FakePortal desktop({.refusedKeys = 1});
+    Program program(desktop);
+    ASSERT_TRUE(program.start());
+    const auto source = program.keyEvents.createSource(KeyEvents::SourceState::hidSystem);
+    ASSERT_TRUE(source->post({{virtual_key_code::returnKey, true, 0}, {virtual_key_code::returnKey, false, 0}}));
+    runUntil([&] { return desktop.keys().size() == 1; }); // what went down, perhaps, comes up
+    drainMainThread();
+    EXPECT_TRUE(await(source->type("text")));
+}
+
 TEST(PortalPasteboardTest, WhatTheUserHadIsBackAfterAText)
 {
     for (const bool wrapsTypes : {false, true}) {

@@ -42,6 +42,12 @@ ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std:
                 ::dup2(terminal, stream);
         });
     }
+    if (!surroundings.closed.empty()) {
+        m_process.setChildProcessModifier([closed = surroundings.closed] {
+            for (const int stream : closed)
+                ::close(stream);
+        });
+    }
     QStringList list;
     for (const auto& argument : arguments)
         list << QString::fromStdString(argument);

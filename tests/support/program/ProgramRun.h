@@ -22,6 +22,7 @@ struct Ended {
 struct Surroundings {
     std::map<std::string, std::string> environment{}; ///< in addition; an empty value takes a variable away
     std::string output{};                             ///< the file that standard output is, if not a pipe
+    std::vector<int> closed{};                        ///< standard streams that there are not
     int terminal = -1;                                ///< a terminal's descriptor for all three standard streams
 };
 

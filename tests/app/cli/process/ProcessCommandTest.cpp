@@ -11,6 +11,8 @@
 
 #include <csignal>
 
+#include <unistd.h>
+
 using namespace vocalith;
 using namespace vocalith::test;
 namespace fs = std::filesystem;
@@ -130,6 +132,8 @@ TEST_F(Process, TakesTheNamedPromptOrAScriptInPlaceOfItsOwn)
     } kFaults[] = {
         {{"--prompt", "leter"}, "x", 1, "There is no prompt \"leter\". Did you mean \"Letter\"?"},
         {{"--before-script", (home / "none").string()}, "x", 1, "cannot be read: No such file or directory."},
+        {{"--prompt", ""}, "x", 2, "--prompt: The name is empty"},
+        {{"--before-script", ""}, "x", 1, "cannot be read"},
         {{"--journal", "--prompt", "letter"}, "x", 2, "--prompt excludes --journal"},
         {{}, " \n", 2, "There is no text on standard input. Give it some:"},
     };
@@ -147,7 +151,8 @@ TEST_F(Process, SaysWhyNothingCameOut)
     const auto ended = run({}, "words");
     EXPECT_EQ(ended.code, 0) << "it is what the script wanted";
     EXPECT_EQ(ended.out, "");
-    EXPECT_EQ(ended.err, "The script of the prompt \"Clean up\" printed nothing, so nothing was inserted.\n");
+    EXPECT_EQ(ended.err,
+              "The script before the AI of the prompt \"Clean up\" printed nothing, so nothing was inserted.\n");
 
     set("tidyy", "");
     EXPECT_NE(run({}, "words").err.find("command not found: tidyy) and printed nothing"), std::string::npos);
@@ -167,6 +172,21 @@ TEST_F(Process, SaysWhyNothingCameOut)
     const auto notWritten = full.wait();
     EXPECT_EQ(notWritten.code, 1);
     EXPECT_NE(notWritten.err.find("could not be written to standard output"), std::string::npos) << notWritten.err;
+    EXPECT_NE(notWritten.err.find("It was saved in"), std::string::npos) << notWritten.err;
+}
+
+TEST_F(Process, AStandardStreamThatIsClosedIsAnErrorAndNoOtherFile)
+{
+    set("", "");
+    const auto deaf = ProgramRun(home.path(), {"process"}, {.closed = {STDIN_FILENO}}).wait();
+    EXPECT_EQ(deaf.code, 2);
+    EXPECT_NE(deaf.err.find("Standard input cannot be read"), std::string::npos) << deaf.err;
+
+    ProgramRun dumb(home.path(), {"process"}, {.closed = {STDOUT_FILENO}});
+    dumb.process().write("words");
+    dumb.process().closeWriteChannel();
+    const auto notWritten = dumb.wait();
+    EXPECT_EQ(notWritten.code, 1);
     EXPECT_NE(notWritten.err.find("It was saved in"), std::string::npos) << notWritten.err;
 }
 
@@ -206,7 +226,8 @@ TEST_F(Process, TellsMachinesTheSameAsOneObject)
     const auto silent = parseJson(run({"--json"}, "words").out).value();
     EXPECT_EQ(silent["end"], "early");
     EXPECT_FALSE(silent.contains("text"));
-    EXPECT_EQ(silent["reason"], "The script of the prompt \"Clean up\" printed nothing, so nothing was inserted.");
+    EXPECT_EQ(silent["reason"],
+              "The script after the AI of the prompt \"Clean up\" printed nothing, so nothing was inserted.");
     ASSERT_EQ(silent["steps"].size(), 8u) << "no step after the one that ended the run";
     EXPECT_EQ(silent["steps"][7]["endedTheRun"], true);
 

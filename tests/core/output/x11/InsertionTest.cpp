@@ -63,7 +63,7 @@ protected:
                               desk.clock,
                               analytics,
                               desk.log.logger()};
-    FocusedTextOutput output{service, desk.clipboard, desk.keys, accessibility, desk.clock, desk.log.logger()};
+    FocusedTextOutput output{service, desk.keys, accessibility, desk.focus, desk.clock, desk.log.logger()};
     std::string reason; ///< why the last delivery failed
     FocusContextService context{desk.focus, accessibility, desk.clock};
 };

@@ -76,6 +76,68 @@ TEST(X11Paste, IsExactAndLeavesTheClipboardAsItWas)
     }
 }
 
+TEST(X11Paste, ATerminalThatPastesTheSelectionNeverGetsSomebodyElses)
+{
+    X11Desk desk;
+    desk.display.run({"/bin/sh", "-c", "printf 'rm precious' | xclip -selection primary -i"});
+    const TextEditor terminal(desk.display, Kind::xterm);
+    desk.postPaste(kTerminal);
+    desk.write("text"); // without a snapshot, as the second of two texts in a row
+    desk.postPaste(kTerminal);
+    runUntil([&] { return desk.wasFetchedByFocus(); });
+    terminal.expectText("text");
+    ASSERT_TRUE(await(desk.clipboard.restore({})));
+    EXPECT_EQ(desk.display.run({"xclip", "-selection", "primary", "-o"}), "rm precious");
+}
+
+TEST(X11Paste, WhereNothingHasTheFocusNobodyHasTakenThePaste)
+{
+    X11Desk desk;
+    XSetInputFocus(desk.forQuestions->display(), None, RevertToNone, CurrentTime);
+    XSync(desk.forQuestions->display(), False);
+    desk.write("text");
+    EXPECT_EQ(desk.read("UTF8_STRING"), "text"); // by a clipboard manager, say
+    ASSERT_FALSE(desk.fetches.empty());
+    EXPECT_EQ(desk.fetches.back().reader, Reader::other);
+}
+
+TEST(X11Paste, WhatTheProgramOwnsIsHandedToTheClipboardManagerAtItsEnd)
+{
+    X11Desk desk;
+    const auto connection = desk.connect();
+    const auto manager = connection->atom("CLIPBOARD_MANAGER");
+    X11Pasteboard kept(*connection, desk.clock, {});
+    TaskScope keeping;
+    const auto keep = [&](XSelectionRequestEvent request) -> Task<void> {
+        const auto all = co_await kept.snapshot();
+        const auto taken = co_await kept.restore(all.value());
+        EXPECT_TRUE(taken);
+        XEvent done{};
+        done.xselection = {
+            SelectionNotify,  0,           False, nullptr, request.requestor, request.selection, request.target,
+            request.property, request.time};
+        XSendEvent(connection->display(), request.requestor, False, NoEventMask, &done);
+        XFlush(connection->display());
+    };
+    const auto onRequest = connection->event.subscribe([&](const XEvent& event) {
+        if (event.type == SelectionRequest && event.xselectionrequest.selection == manager)
+            keeping.start(keep(event.xselectionrequest));
+    });
+
+    auto ours = desk.connect();
+    auto clipboard = std::make_unique<X11Pasteboard>(*ours, desk.clock, Logger());
+    ASSERT_TRUE(await(clipboard->writeText("what was dictated", false)));
+    await(clipboard->handOver()); // there is none yet
+    XSetSelectionOwner(connection->display(), manager,
+                       XCreateSimpleWindow(connection->display(), connection->root(), 0, 0, 1, 1, 0, 0, 0),
+                       connection->serverTime());
+    XSync(connection->display(), False);
+    await(clipboard->handOver());
+    clipboard.reset();
+    ours.reset();
+    EXPECT_EQ(desk.read("UTF8_STRING"), "what was dictated");
+}
+
 TEST(X11Paste, FiftyMegabytesComeBack)
 {
     X11Desk desk;
