@@ -234,8 +234,12 @@ CompletionRequest OverlayManager::completionRequest() const
 Task<void> OverlayManager::conclude(PipelineOutcome outcome)
 {
     const auto& entry = outcome.context.historyEntry;
-    if (outcome.end == PipelineOutcome::End::failed) {
-        dictation_outcome::Failed failed{.message = outcome.failure->message, .text = outcome.context.transcript};
+    const bool hasEndedInFailure = outcome.context.hasEndedInFailure;
+    // Without an entry the words would be gone with what has failed.
+    if (outcome.end == PipelineOutcome::End::failed || (hasEndedInFailure && !entry)) {
+        dictation_outcome::Failed failed{.message =
+                                             hasEndedInFailure ? outcome.context.endReason : outcome.failure->message,
+                                         .text = outcome.context.transcript};
         failed.historyHasText = entry.has_value();
         if (entry)
             failed.historyEntry = entry->id;
@@ -248,8 +252,10 @@ Task<void> OverlayManager::conclude(PipelineOutcome outcome)
         if (m_services.historyService.isEnabled())
             m_services.alertService.show("The history could not be written, so this dictation is not in it.");
     }
+    if (hasEndedInFailure)
+        m_services.alertService.show(outcome.context.endReason);
     if (outcome.end == PipelineOutcome::End::early || outcome.context.transcript.empty())
-        end(dictation_outcome::EndedEarly{std::move(outcome.context.endReason)});
+        end(dictation_outcome::EndedEarly{std::move(outcome.context.endReason), hasEndedInFailure});
     else
         end(dictation_outcome::Delivered{std::move(outcome.context.dictationResult.transcriptionData),
                                          std::move(outcome.context.transcript), outcome.context.destination});

@@ -22,7 +22,8 @@ struct Delivered {
 };
 /// A step ended the run on purpose; nothing was inserted.
 struct EndedEarly {
-    std::string reason{}; ///< a sentence for people
+    std::string reason{};   ///< a sentence for people
+    bool isFailure = false; ///< what it ended for has failed; `reason` says so, and the user has been told
     bool operator==(const EndedEarly&) const = default;
 };
 struct TooShort {

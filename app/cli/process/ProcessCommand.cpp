@@ -206,6 +206,7 @@ int ProcessCommand::reportTheEnd(const PipelineOutcome& outcome)
 int ProcessCommand::printJson(const PipelineOutcome& outcome)
 {
     m_explained.end = outcome.end;
+    m_explained.failed = outcome.end == End::failed || outcome.context.hasEndedInFailure;
     if (outcome.failure)
         m_explained.reason = outcome.failure->message;
     else if (!outcome.context.endReason.empty())

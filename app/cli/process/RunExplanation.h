@@ -24,6 +24,7 @@ struct ExplainedStep {
 struct ExplainedRun {
     std::optional<std::string> text; ///< what was delivered; absent when nothing was
     PipelineOutcome::End end = PipelineOutcome::End::complete;
+    bool failed = false;               ///< a step, or what the run ended for
     std::optional<std::string> reason; ///< why it ended before its last step
     std::vector<ExplainedStep> steps;
 };
@@ -44,7 +45,8 @@ constexpr auto jsonFields(JsonType<ExplainedStep>)
 constexpr auto jsonFields(JsonType<ExplainedRun>)
 {
     return fields(field("text", &ExplainedRun::text), field("end", &ExplainedRun::end),
-                  field("reason", &ExplainedRun::reason), field("steps", &ExplainedRun::steps));
+                  field("failed", &ExplainedRun::failed), field("reason", &ExplainedRun::reason),
+                  field("steps", &ExplainedRun::steps));
 }
 
 ExplainedStep explained(const StepReport& report);

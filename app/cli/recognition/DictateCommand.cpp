@@ -93,9 +93,9 @@ int DictateCommand::report(const DictationOutcome& outcome)
         return exitSuccess;
     }
     if (const auto* early = std::get_if<dictation_outcome::EndedEarly>(&outcome)) {
-        if (!early->reason.empty())
+        if (!early->reason.empty() && !early->isFailure)
             terminal.line(cleanText(early->reason, ' '));
-        return exitSuccess;
+        return early->isFailure ? exitFailure : exitSuccess;
     }
     if (const auto* tooShort = std::get_if<dictation_outcome::TooShort>(&outcome)) {
         terminal.line(fmt::format("{}The recording is too short ({:.1f} s). Speak for more than half a second.",

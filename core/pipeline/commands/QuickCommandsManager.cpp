@@ -1,7 +1,6 @@
 #include "core/pipeline/commands/QuickCommandsManager.h"
 
 #include "core/storage/settings/PersistentAppStorage.h"
-#include "ports/Notices.h"
 
 #include <fmt/format.h>
 
@@ -20,7 +19,7 @@ Commands::iterator find(Commands& list, const Uuid& id)
 } // namespace
 
 QuickCommandsManager::QuickCommandsManager(const Services& services, const LogService& log)
-    : m_notices(services.notices), m_logger(log.logger("quickCommands")),
+    : m_logger(log.logger("quickCommands")),
       m_commandExecutor(services.analyticsManager, services.appLauncher, services.shortcutsManager,
                         log.logger("CommandExecutor")),
       m_persistenceManager(services.appStorage, services.notices, services.clock, m_logger)
@@ -103,8 +102,7 @@ Task<std::optional<HandledCommand>> QuickCommandsManager::handle(std::string tra
     } else if (done.error().kind == CommandExecutionError::Kind::cancelled) {
         handled.report = fmt::format("The quick command \"{}\" was cancelled.", match->phrase);
     } else {
-        handled.report = fmt::format("The quick command \"{}\" failed.", match->phrase);
-        m_notices.show(handled.report + " " + userMessage(done.error()));
+        handled.report = fmt::format("The quick command \"{}\" failed. {}", match->phrase, userMessage(done.error()));
     }
     co_return handled;
 }

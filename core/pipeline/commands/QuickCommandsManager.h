@@ -25,7 +25,7 @@ class PersistentAppStorage;
 struct HandledCommand {
     QuickCommandDefinition command;
     std::string phrase; ///< of the command, the one that was said
-    std::string report; ///< a sentence for people: what was done, or that it failed
+    std::string report; ///< a sentence or two for people: what was done, or that it failed and why
     bool isDone = false;
     bool operator==(const HandledCommand&) const = default;
 };
@@ -60,14 +60,13 @@ public:
     /// Puts each in the place of the one with the same identifier, or else at the end. One change.
     void merge(const std::vector<QuickCommandDefinition>& list);
 
-    /// Carries out the enabled command that the transcript says, and yields it once that has been done or has failed,
-    /// of which the user is told. Nothing when it says none.
+    /// Carries out the enabled command that the transcript says, and yields it once that has been done or has failed.
+    /// Nothing when it says none.
     Task<std::optional<HandledCommand>> handle(std::string transcript);
 
 private:
     void store(std::vector<QuickCommandDefinition> list);
 
-    Notices& m_notices;
     const Logger m_logger;
     const CommandMatcher m_commandMatcher;
     CommandExecutor m_commandExecutor;

@@ -162,7 +162,8 @@ TEST_F(Process, SaysWhyNothingCameOut)
     set("", "");
     const auto failed = run({}, "Start editor.");
     EXPECT_EQ(failed.code, 1);
-    EXPECT_NE(failed.err.find("The quick command \"start editor\" failed.\n"), std::string::npos) << failed.err;
+    EXPECT_TRUE(failed.err.starts_with("The quick command \"start editor\" failed. The application")) << failed.err;
+    EXPECT_EQ(parseJson(run({"--json"}, "Start editor.").out).value()["failed"], true);
     settings.erase("quickCommands");
 
     set("", "");
