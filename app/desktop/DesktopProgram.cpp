@@ -124,7 +124,9 @@ Task<void> DesktopProgram::lookBack()
 Task<void> DesktopProgram::shutDown()
 {
     m_background.requestStop();
-    co_await m_overlay.shutDown();
+    m_overlay.close();
+    co_await m_overlay.shutDown(); // first: a shortcut that is taken away counts as released
+    m_shortcuts.setSuspended(true);
     co_await m_setup.shutDown();
     co_await m_tray.shutDown();
     co_await m_typing.shutDown();
