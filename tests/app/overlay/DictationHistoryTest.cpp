@@ -150,6 +150,27 @@ TEST_F(DictationHistory, AFailureKeepsItsRecordingAndSaysWhatWasShown)
     EXPECT_EQ(stage.historyEntries().size(), count) << "a short tap is no dictation";
 }
 
+TEST_F(DictationHistory, ACommandThatFailsNeverTakesTheOnlyCopy)
+{
+    stage.storage.enableQuickCommands.set(true);
+    stage.desktop.rules.quickCommands.add(
+        {Uuid::random(), {"hello world"}, quick_command_action::OpenURL{"https://example.org"}, true});
+    stage.desktop.launcher.failFromNowOn({AppLaunchError::Kind::notFound, "Nothing opens it."});
+    dictate(1s);
+    const auto early = std::get<dictation_outcome::EndedEarly>(stage.display.outcomes.back());
+    EXPECT_TRUE(early.isFailure);
+    EXPECT_EQ(stage.notices.shown, std::vector<std::string>{early.reason});
+    EXPECT_EQ(finalText(stage.historyEntries().front()), "hello world");
+
+    breakHistory();
+    dictate(1s);
+    ASSERT_TRUE(failed());
+    EXPECT_EQ(failed()->message, early.reason);
+    EXPECT_EQ(failed()->text, "hello world");
+    EXPECT_TRUE(failed()->recording && fs::exists(*failed()->recording));
+    EXPECT_TRUE(stage.output.delivered.empty());
+}
+
 TEST_F(DictationHistory, AFailureAfterTheWordsWereKeptDoesNotReplaceThem)
 {
     stage.output.error = TextOutputError{"The pipe is closed.", ""};
