@@ -148,6 +148,7 @@ Task<Result<X11SelectionReader::Conversation::Arrival, Cancelled>> X11SelectionR
     if (!m_arrivals.empty()) {
         const auto first = m_arrivals.front();
         m_arrivals.pop_front();
+        m_lastSign = m_clock.instant(); // heard only now, so what is asked next has its whole time
         co_return first;
     }
     OneShot<Arrival> arrived;
