@@ -124,9 +124,7 @@ Task<void> DesktopProgram::lookBack()
 Task<void> DesktopProgram::shutDown()
 {
     m_background.requestStop();
-    m_overlay.close();
-    co_await m_overlay.shutDown(); // first: a shortcut that is taken away counts as released
-    m_shortcuts.setSuspended(true);
+    co_await m_overlay.shutDown();
     co_await m_setup.shutDown();
     co_await m_tray.shutDown();
     co_await m_typing.shutDown();

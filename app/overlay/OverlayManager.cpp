@@ -54,10 +54,6 @@ void OverlayManager::activated(const Uuid& shortcutID)
         m_logger.info("Overlay manager will ignore shortcut state update, already processing recorging");
         return;
     }
-    if (m_isClosed) {
-        m_logger.info("The program is ending; no dictation is started");
-        return;
-    }
     if (!m_services.configurationManager.configuration()) {
         m_logger.error("Configuration not loaded");
         m_services.analytics.event("overlay_config_not_loaded");
@@ -315,13 +311,6 @@ void OverlayManager::interrupt(std::string reason)
     m_cleanUpTask.start(keep(std::move(reason)));
 }
 
-void OverlayManager::close()
-{
-    m_isClosed = true;
-    if (m_phase == Phase::idle)
-        m_cleanUpTask.requestStop(); // old entries can go another time
-}
-
 Task<void> OverlayManager::shutDown()
 {
     interrupt("Vocalith was ended before the text was delivered.");
@@ -373,8 +362,7 @@ void OverlayManager::end(const DictationOutcome& outcome)
     m_phase = Phase::idle;
     m_services.overlayDisplay.show(OverlayHidden{});
     m_services.overlayDisplay.dictationEnded(outcome);
-    if (!m_isClosed)
-        m_cleanUpTask.start(cleanUpHistory());
+    m_cleanUpTask.start(cleanUpHistory());
     setPhase(m_phase); // last: whoever is told may begin another dictation
 }
 

@@ -68,9 +68,6 @@ public:
     void interrupt(std::string reason);
     /// Interrupts what runs, and is done once all of it has ended. To be awaited before destruction.
     Task<void> shutDown();
-    /// From here on no dictation is started.
-    void close();
-    bool isClosed() const { return m_isClosed; }
 
 private:
     enum class Phase {
@@ -122,7 +119,6 @@ private:
     TaskScope m_stateHandlingTask;
     TaskScope m_completionTask;
     TaskScope m_cleanUpTask;
-    bool m_isClosed = false;
 
     Subscription m_activation;
     Subscription m_escape;

@@ -41,8 +41,6 @@ Result<void, std::string> RemoteControl::start(const std::string& prompt)
         return failure(std::string("A dictation is running already. End it with: vocalith stop"));
     if (m_overlay.phase.get() == DictationPhase::processing)
         return failure(std::string("The last dictation is still being written down. Try again in a moment."));
-    if (m_overlay.isClosed())
-        return failure(std::string("Vocalith is ending. Start it again first."));
     if (m_screenLock.isLocked.get())
         return failure(std::string("The screen is locked. Unlock it, then start the dictation again."));
     const auto shortcut = shortcutFor(prompt);

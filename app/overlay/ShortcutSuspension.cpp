@@ -24,7 +24,7 @@ void ShortcutSuspension::lockChanged(bool isLocked)
 {
     m_isLocked = isLocked;
     // First: a shortcut that is taken away counts as released, and the text would go to the locked screen.
-    if (isLocked && m_overlay.phase.get() != DictationPhase::idle)
+    if (isLocked && m_overlay.phase.get() == DictationPhase::recording)
         m_overlay.interrupt("The screen was locked before the dictation was finished.");
     update();
 }

@@ -10,8 +10,8 @@ class OverlayManager;
 class ScreenLock;
 
 /// Leaves the user's shortcuts to the desktop while the screen is locked, and while a shortcut is recorded. What is
-/// dictated as the screen is locked ends there and is kept, also what is only being written down: the text would go to
-/// the locked screen. Lives as long as the program; main thread.
+/// dictated as the screen is locked ends there and is kept: nobody is left who could see to it. Lives as long as the
+/// program; main thread.
 class ShortcutSuspension {
 public:
     /// `suspend` is told whenever that changes.

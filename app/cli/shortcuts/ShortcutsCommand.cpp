@@ -15,7 +15,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 namespace vocalith {
 namespace {
@@ -25,9 +24,6 @@ std::string padded(const std::string& text, std::size_t columns)
     return text + std::string(columns - std::min(columns, columnsOf(text)), ' ');
 }
 
-constexpr std::array kModifiers{virtual_key_code::control, virtual_key_code::shift, virtual_key_code::option,
-                                virtual_key_code::command};
-
 /// Presses the keys for the service that records them, which knows what does for a shortcut.
 void press(KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::Keys& keys)
 {
@@ -36,12 +32,8 @@ void press(KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::K
         recorder.handleKeyEvent(*keys.keyCode, keys.rawFlags, true);
         return;
     }
-    const auto isHeld = [&](int key) { return (modifierFlag(key) & keys.rawFlags) != 0; };
-    const auto modifier = std::ranges::find_if(kModifiers, isHeld);
-    if (modifier == kModifiers.end())
-        return;
-    recorder.handleKeyEvent(*modifier, keys.rawFlags, true);
-    recorder.handleKeyEvent(*modifier, 0, false);
+    recorder.handleKeyEvent(virtual_key_code::control, keys.rawFlags, true);
+    recorder.handleKeyEvent(virtual_key_code::control, 0, false);
 }
 
 } // namespace
@@ -102,9 +94,6 @@ int ShortcutsCommand::run(const ShortcutsSetOptions& options)
         press(recorder, *keys);
         if (recorder.recordingInProgress.get())
             return complain(recorder.errorMessage.get().value_or("These keys cannot be used."));
-        const auto recorded = recorder.currentShortcut.get();
-        if (!recorded || recorded->keys != keys)
-            return complain("These keys cannot be used for a shortcut. Choose others, like Ctrl+Alt+Space.");
         if (const auto warning = recorder.errorMessage.get())
             m_terminal.line(m_terminal.coloured(Terminal::Colour::yellow, "Notice: ") + *warning);
     }

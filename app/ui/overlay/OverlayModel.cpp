@@ -190,7 +190,7 @@ void OverlayModel::showFailure(const dictation_outcome::Failed& failed)
     m_isDictating = false;
     m_levelSubscription.reset();
     m_state = State::error;
-    m_message = translated(failed.message.c_str());
+    m_message = QString::fromStdString(failed.message);
     m_detail = detailOf(failed);
     setVisible(true);
     keepFor(readingTime(m_message.size() + m_detail.size()));

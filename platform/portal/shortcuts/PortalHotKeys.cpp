@@ -83,7 +83,6 @@ private:
     void setTriggers(const std::vector<PortalShortcut>& shortcuts);
     void fail(const PortalError& error);
     void lose(const HotKeyError& error);
-    void releaseAll();
     void close();
 
     PortalHotKeys* m_owner;
@@ -172,7 +171,6 @@ Task<void> PortalHotKeys::Session::bindAll(std::shared_ptr<Session> self)
 Task<void> PortalHotKeys::Session::bindOnce()
 {
     close();
-    releaseAll();
     QList<PortalShortcut> shortcuts;
     for (const auto& registered : m_registered) {
         const auto& hotKey = registered->hotKey;
@@ -221,10 +219,7 @@ void PortalHotKeys::Session::setTriggers(const std::vector<PortalShortcut>& shor
 void PortalHotKeys::Session::handleKey(const QDBusMessage& message, bool isDown)
 {
     const auto arguments = message.arguments();
-    const auto text = arguments.value(1).toString().toStdString();
-    const auto id = Uuid::parse(text);
-    if (!id)
-        m_logger.error(fmt::format("Failed to get event parameter (status=\"{}\" is no identifier)", text));
+    const auto id = Uuid::parse(arguments.value(1).toString().toStdString());
     if (!id || qvariant_cast<QDBusObjectPath>(arguments.value(0)).path() != m_path)
         return;
     const auto registered = m_registered; // which the handlers may change
@@ -248,20 +243,11 @@ void PortalHotKeys::Session::lose(const HotKeyError& error)
     close();
     m_bound = bound; // so that the user is not asked the same again
     m_logger.error(fmt::format("The shortcuts failed: {}", error.detail));
-    releaseAll();
-    for (const auto& one : registered) {
-        if (m_owner)
-            m_owner->failed.emit(one->hotKey.shortcutID, error);
-    }
-}
-
-/// A session that has gone tells of no release any more.
-void PortalHotKeys::Session::releaseAll()
-{
-    const auto registered = m_registered; // which the handlers may change
     for (const auto& one : registered) {
         if (std::exchange(one->isDown, false))
             one->handler(false);
+        if (m_owner)
+            m_owner->failed.emit(one->hotKey.shortcutID, error);
     }
 }
 

@@ -104,27 +104,6 @@ TEST_F(Interruption, ALockedScreenEndsTheDictationBeforeItTakesTheShortcuts)
     EXPECT_FALSE(suspended.back());
 }
 
-TEST_F(Interruption, ALockedScreenGetsNoTextThatIsStillBeingWrittenDown)
-{
-    FakeScreenLock lock;
-    ShortcutSuspension suspension(lock, stage.overlay, [](bool) {});
-    beginToSpeak();
-    stage.release(stage.journalShortcut);
-    ASSERT_EQ(stage.overlay.phase.get(), DictationPhase::processing);
-    lock.isLocked.set(true);
-    stage.waitForOutcome();
-    ASSERT_TRUE(failed());
-    EXPECT_TRUE(failed()->historyEntry);
-    EXPECT_TRUE(stage.output.delivered.empty());
-}
-
-TEST_F(Interruption, NothingBeginsOnceTheProgramEnds)
-{
-    stage.overlay.close();
-    stage.press(stage.journalShortcut);
-    EXPECT_EQ(stage.overlay.phase.get(), DictationPhase::idle);
-}
-
 TEST_F(Interruption, AScreenThatIsLockedAtTheStartSuspendsToo)
 {
     FakeScreenLock lock;
