@@ -55,6 +55,7 @@ Task<int> Program::run(const DictateOptions& options)
                                      interrupts, m_dictationLock});
     const int exitCode = co_await command.run();
     co_await overlay.shutDown();
+    co_await m_history.cleanUpWhenDue();
     co_return exitCode;
 }
 

@@ -16,7 +16,7 @@ DesktopProgram::DesktopProgram(const DesktopFoundation& foundation, DesktopPorts
       m_session([this](const auto& model, auto source) { return m_base.engines.service(model, source, {}); },
                 m_pipeline, m_base.storage, m_base.log.logger("session")),
       m_overlay({m_notifier, m_recorder, m_session, m_configuration, m_feedback, m_base.history, m_base.clock,
-                 m_base.analytics, m_notices, m_display.model()},
+                 m_base.analytics, m_notices, m_display.model(), &m_ports.pasteboard()},
                 m_base.log.logger("overlay")),
       m_shortcuts(m_base.clock, m_base.storage, m_hotKeys, m_ports.hotKeys(), m_notifier,
                   m_base.log.logger("shortcuts")),
@@ -124,6 +124,9 @@ Task<void> DesktopProgram::lookBack()
 Task<void> DesktopProgram::shutDown()
 {
     m_background.requestStop();
+    m_overlay.close(); // first: a shortcut that is taken away counts as released
+    m_suspension.suspendForGood();
+    m_remote.close();
     co_await m_overlay.shutDown();
     co_await m_setup.shutDown();
     co_await m_tray.shutDown();

@@ -6,6 +6,8 @@
 #include "ports/Analytics.h"
 #include "ports/Notices.h"
 
+#include <QtGlobal>
+
 namespace vocalith {
 namespace {
 
@@ -19,7 +21,7 @@ bool isPermissionDenied(const AudioRecordingFailure& error)
 OverlayManager::OverlayManager(OverlayManagerServices services, Logger logger)
     : m_services(services), m_logger(std::move(logger)), m_mode(services.configurationManager),
       m_recording(services.audioRecordingManager, services.historyService, minimumRecordingDuration, m_logger),
-      m_engine(services.sessionManager, m_mode, m_logger)
+      m_engine(services.sessionManager, m_mode, m_logger), m_undelivered(services.pasteboard, m_logger)
 {
     m_activation = m_services.shortcutNotifier.state.subscribe([this](const auto& state) { activationChanged(state); });
     m_escape = m_services.shortcutNotifier.escapeTriggered.subscribe([this] { cancel(); });
@@ -46,6 +48,10 @@ void OverlayManager::activationChanged(const KeyboardActivationState& state)
 
 void OverlayManager::activated(const Uuid& shortcutID)
 {
+    if (m_isClosed) {
+        m_logger.info("No dictation begins any more, the program ends");
+        return;
+    }
     if (m_phase == Phase::recording) {
         m_logger.info("Already recording");
         return;
@@ -83,6 +89,7 @@ void OverlayManager::begin(const OverlayActivationModeWithShortcutIndex& activat
     const auto& configuration = *m_services.configurationManager.configuration();
     m_phase = Phase::recording;
     m_overlayState = {Uuid::random(), {}, std::nullopt};
+    m_undelivered.forget();
     m_mode.begin(activation.mode);
     m_recording.begin(m_overlayState.sessionID, m_services.clock.now());
     m_engine.begin();
@@ -197,8 +204,11 @@ Task<void> OverlayManager::recognise()
 {
     auto request = completionRequest();
     auto outcome = co_await m_services.sessionManager.complete(std::move(request));
-    if (m_phase != Phase::processing)
+    if (m_phase != Phase::processing) {
+        if (outcome && !m_isClosed) // what this program has put on the clipboard ends with it
+            m_undelivered.take(outcome->context);
         co_return;
+    }
     if (outcome) {
         auto done = std::move(*outcome);
         co_await conclude(std::move(done));
@@ -292,14 +302,14 @@ void OverlayManager::cancel()
         return;
     }
     requestStop();
-    m_cleanUpTask.start(unwind(dictation_outcome::Cancelled{}));
+    m_endingTask.start(unwind(dictation_outcome::Cancelled{}));
 }
 
 void OverlayManager::abort(dictation_outcome::Failed failed)
 {
     m_logger.error(failed.message);
     requestStop();
-    m_cleanUpTask.start(unwind(std::move(failed)));
+    m_endingTask.start(unwind(std::move(failed)));
 }
 
 void OverlayManager::interrupt(std::string reason)
@@ -308,13 +318,21 @@ void OverlayManager::interrupt(std::string reason)
         return;
     m_logger.info("The dictation is interrupted: " + reason);
     requestStop();
-    m_cleanUpTask.start(keep(std::move(reason)));
+    m_endingTask.start(keep(std::move(reason)));
+}
+
+void OverlayManager::close()
+{
+    m_isClosed = true;
+    m_cleanUpTask.requestStop(); // old entries can go another time
+    interrupt(QT_TRANSLATE_NOOP("Vocalith", "Vocalith was ended before the text was delivered."));
 }
 
 Task<void> OverlayManager::shutDown()
 {
-    interrupt("Vocalith was ended before the text was delivered.");
+    close();
     co_await untilStopped();
+    co_await m_endingTask.untilEmpty();
     co_await m_cleanUpTask.untilEmpty();
 }
 
@@ -352,7 +370,8 @@ Task<void> OverlayManager::keep(std::string reason)
         co_return;
     }
     auto failed = co_await m_recording.failureOf(std::move(reason));
-    co_await endFailed(std::move(failed));
+    auto rescued = co_await m_undelivered.rescue(std::move(failed));
+    co_await endFailed(std::move(rescued));
 }
 
 void OverlayManager::end(const DictationOutcome& outcome)
@@ -362,7 +381,8 @@ void OverlayManager::end(const DictationOutcome& outcome)
     m_phase = Phase::idle;
     m_services.overlayDisplay.show(OverlayHidden{});
     m_services.overlayDisplay.dictationEnded(outcome);
-    m_cleanUpTask.start(cleanUpHistory());
+    if (!m_isClosed)
+        m_cleanUpTask.start(cleanUpHistory());
     setPhase(m_phase); // last: whoever is told may begin another dictation
 }
 

@@ -3,6 +3,7 @@
 #include "app/overlay/DictationMode.h"
 #include "app/overlay/DictationRecording.h"
 #include "app/overlay/EnginePreparation.h"
+#include "app/overlay/UndeliveredText.h"
 #include "base/Log.h"
 #include "base/Observable.h"
 #include "base/TaskScope.h"
@@ -21,6 +22,7 @@ class Analytics;
 class ConfigurationManager;
 class HistoryService;
 class Notices;
+class Pasteboard;
 class ShortcutUserFeedbackService;
 
 /// Everything that the coordination of a dictation works with. All of it outlives the manager.
@@ -35,6 +37,7 @@ struct OverlayManagerServices {
     Analytics& analytics;
     Notices& alertService;
     OverlayDisplay& overlayDisplay;
+    Pasteboard* pasteboard = nullptr; ///< for words that would be nowhere else; null where there is no desktop
 };
 
 /// Where a dictation stands, for those who show it or change what keys do while it runs.
@@ -65,8 +68,12 @@ public:
     }
 
     /// Ends the recording or the processing that runs, and keeps what was said, as a failure with this sentence does.
+    /// Words that the history does not have go to the clipboard. Of no effect while nothing runs.
     void interrupt(std::string reason);
-    /// Interrupts what runs, and is done once all of it has ended. To be awaited before destruction.
+    /// Interrupts what runs; from now on nothing is begun.
+    void close();
+    /// Closes, and is done once all that ran has ended; old entries of the history stay until another time. To be
+    /// awaited before destruction.
     Task<void> shutDown();
 
 private:
@@ -113,12 +120,15 @@ private:
     DictationMode m_mode;
     DictationRecording m_recording;
     EnginePreparation m_engine;
+    UndeliveredText m_undelivered;
     std::optional<OverlayActivationMode> m_lastSuccessfulActivationMode;
+    bool m_isClosed = false;
 
     TaskScope m_recordingSetupTask;
     TaskScope m_stateHandlingTask;
     TaskScope m_completionTask;
-    TaskScope m_cleanUpTask;
+    TaskScope m_endingTask;  ///< keeps what ran and was ended, or throws it away
+    TaskScope m_cleanUpTask; ///< of the history; it can be stopped at any time
 
     Subscription m_activation;
     Subscription m_escape;

@@ -24,6 +24,8 @@ RemoteControl::RemoteControl(ShortcutNotifier& notifier, const OverlayManager& o
 Result<void, std::string> RemoteControl::carryOut(const InstanceRequest& request)
 {
     using Action = InstanceRequest::Action;
+    if (m_isClosed)
+        return failure(std::string("Vocalith is just ending. Start it again in a moment."));
     switch (request.action) {
     case Action::start: return start(request.argument);
     case Action::stop: return stop();

@@ -25,6 +25,8 @@ public:
 
     /// An error is the sentence for the user.
     Result<void, std::string> carryOut(const InstanceRequest& request);
+    /// From now on everything is refused: the program ends.
+    void close() { m_isClosed = true; }
 
 private:
     Result<void, std::string> start(const std::string& prompt);
@@ -39,6 +41,7 @@ private:
     const ConfigurationManager& m_configuration;
     const ScreenLock& m_screenLock;
     const std::function<void()> m_present;
+    bool m_isClosed = false;
 };
 
 } // namespace vocalith

@@ -3,6 +3,8 @@
 #include "app/overlay/OverlayManager.h"
 #include "ports/ScreenLock.h"
 
+#include <QtGlobal>
+
 namespace vocalith {
 
 ShortcutSuspension::ShortcutSuspension(ScreenLock& screenLock, OverlayManager& overlay,
@@ -20,18 +22,24 @@ void ShortcutSuspension::setRecordingShortcut(bool isRecording)
     update();
 }
 
+void ShortcutSuspension::suspendForGood()
+{
+    m_isForGood = true;
+    update();
+}
+
 void ShortcutSuspension::lockChanged(bool isLocked)
 {
     m_isLocked = isLocked;
     // First: a shortcut that is taken away counts as released, and the text would go to the locked screen.
-    if (isLocked && m_overlay.phase.get() == DictationPhase::recording)
-        m_overlay.interrupt("The screen was locked before the dictation was finished.");
+    if (isLocked)
+        m_overlay.interrupt(QT_TRANSLATE_NOOP("Vocalith", "The screen was locked before the text was delivered."));
     update();
 }
 
 void ShortcutSuspension::update()
 {
-    m_suspend(m_isLocked || m_isRecordingShortcut);
+    m_suspend(m_isLocked || m_isRecordingShortcut || m_isForGood);
 }
 
 } // namespace vocalith

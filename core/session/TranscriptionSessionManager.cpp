@@ -3,6 +3,8 @@
 #include "base/Text.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 
+#include <QtGlobal>
+
 namespace vocalith {
 namespace {
 
@@ -22,11 +24,11 @@ std::string userMessage(const SessionError& error)
 {
     using Kind = SessionError::Kind;
     switch (error.kind) {
-    case Kind::serviceNotInitialized: return "Transcription service was not initialized";
-    case Kind::serviceNotConfigured: return "Service not configured";
-    case Kind::noSpeech: return "No speech detected";
-    case Kind::engine: return "Failed to recognize text";
-    case Kind::cancelled: return "Cancelled";
+    case Kind::serviceNotInitialized: return QT_TRANSLATE_NOOP("Vocalith", "Transcription service was not initialized");
+    case Kind::serviceNotConfigured: return QT_TRANSLATE_NOOP("Vocalith", "Service not configured");
+    case Kind::noSpeech: return QT_TRANSLATE_NOOP("Vocalith", "No speech detected");
+    case Kind::engine: return QT_TRANSLATE_NOOP("Vocalith", "Failed to recognize text");
+    case Kind::cancelled: return QT_TRANSLATE_NOOP("Vocalith", "Cancelled");
     }
     return {};
 }

@@ -32,8 +32,21 @@ void press(KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::K
         recorder.handleKeyEvent(*keys.keyCode, keys.rawFlags, true);
         return;
     }
-    recorder.handleKeyEvent(virtual_key_code::control, keys.rawFlags, true);
-    recorder.handleKeyEvent(virtual_key_code::control, 0, false);
+    using namespace virtual_key_code;
+    for (const int key : {control, option, shift, command, function}) {
+        if ((keys.rawFlags & modifierFlag(key)) == 0)
+            continue;
+        recorder.handleKeyEvent(key, keys.rawFlags, true);
+        recorder.handleKeyEvent(key, 0, false);
+        return;
+    }
+}
+
+/// Whether the service has taken the keys; it leaves the old ones where it has not.
+bool hasTaken(const KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::Keys& keys)
+{
+    const auto& shortcut = recorder.currentShortcut.get();
+    return !recorder.recordingInProgress.get() && shortcut && shortcut->keys == comparable(keys);
 }
 
 } // namespace
@@ -92,7 +105,7 @@ int ShortcutsCommand::run(const ShortcutsSetOptions& options)
                 fmt::format("\"{}\" are no keys. Write them like Ctrl+Alt+Space, Super+D or F9.", options.keys));
         KeyboardShortcutRecordingService recorder(found->shortcut.id, m_appStorage, false, Logger());
         press(recorder, *keys);
-        if (recorder.recordingInProgress.get())
+        if (!hasTaken(recorder, *keys))
             return complain(recorder.errorMessage.get().value_or("These keys cannot be used."));
         if (const auto warning = recorder.errorMessage.get())
             m_terminal.line(m_terminal.coloured(Terminal::Colour::yellow, "Notice: ") + *warning);

@@ -25,6 +25,12 @@ QString translated(const char* text)
     return QCoreApplication::translate("Vocalith", text);
 }
 
+/// A sentence that comes from elsewhere, where it is marked for translation.
+QString translated(const std::string& text)
+{
+    return translated(text.c_str());
+}
+
 Duration readingTime(qsizetype characters)
 {
     return std::min<Duration>(kLeastReadingTime + kReadingTimePerCharacter * characters, kMostReadingTime);
@@ -34,7 +40,7 @@ QString detailOf(const dictation_outcome::Failed& failed)
 {
     QStringList sentences;
     if (!failed.detail.empty())
-        sentences += QString::fromStdString(failed.detail);
+        sentences += translated(failed.detail);
     else if (failed.noSpeech)
         sentences += translated("Check that the right microphone is chosen and not muted.");
     if (failed.historyHasText)
@@ -190,7 +196,7 @@ void OverlayModel::showFailure(const dictation_outcome::Failed& failed)
     m_isDictating = false;
     m_levelSubscription.reset();
     m_state = State::error;
-    m_message = QString::fromStdString(failed.message);
+    m_message = translated(failed.message);
     m_detail = detailOf(failed);
     setVisible(true);
     keepFor(readingTime(m_message.size() + m_detail.size()));

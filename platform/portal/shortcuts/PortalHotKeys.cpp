@@ -83,6 +83,7 @@ private:
     void setTriggers(const std::vector<PortalShortcut>& shortcuts);
     void fail(const PortalError& error);
     void lose(const HotKeyError& error);
+    void releaseKeys();
     void close();
 
     PortalHotKeys* m_owner;
@@ -170,6 +171,7 @@ Task<void> PortalHotKeys::Session::bindAll(std::shared_ptr<Session> self)
 
 Task<void> PortalHotKeys::Session::bindOnce()
 {
+    releaseKeys();
     close();
     QList<PortalShortcut> shortcuts;
     for (const auto& registered : m_registered) {
@@ -219,9 +221,14 @@ void PortalHotKeys::Session::setTriggers(const std::vector<PortalShortcut>& shor
 void PortalHotKeys::Session::handleKey(const QDBusMessage& message, bool isDown)
 {
     const auto arguments = message.arguments();
-    const auto id = Uuid::parse(arguments.value(1).toString().toStdString());
-    if (!id || qvariant_cast<QDBusObjectPath>(arguments.value(0)).path() != m_path)
+    if (m_path.isEmpty() || qvariant_cast<QDBusObjectPath>(arguments.value(0)).path() != m_path)
         return;
+    const auto text = arguments.value(1).toString().toStdString();
+    const auto id = Uuid::parse(text);
+    if (!id) {
+        m_logger.error(fmt::format("Failed to get event parameter (status=no shortcut is \"{}\")", text));
+        return;
+    }
     const auto registered = m_registered; // which the handlers may change
     for (const auto& one : registered) {
         if (one->hotKey.shortcutID == *id && std::exchange(one->isDown, isDown) != isDown)
@@ -243,11 +250,20 @@ void PortalHotKeys::Session::lose(const HotKeyError& error)
     close();
     m_bound = bound; // so that the user is not asked the same again
     m_logger.error(fmt::format("The shortcuts failed: {}", error.detail));
+    releaseKeys();
+    for (const auto& one : registered) {
+        if (m_owner)
+            m_owner->failed.emit(one->hotKey.shortcutID, error);
+    }
+}
+
+/// The session will not tell of the release of a key that is held any more, and a dictation may wait for that.
+void PortalHotKeys::Session::releaseKeys()
+{
+    const auto registered = m_registered; // which the handlers may change
     for (const auto& one : registered) {
         if (std::exchange(one->isDown, false))
             one->handler(false);
-        if (m_owner)
-            m_owner->failed.emit(one->hotKey.shortcutID, error);
     }
 }
 

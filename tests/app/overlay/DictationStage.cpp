@@ -91,7 +91,8 @@ DictationStage::DictationStage()
               return loaded;
           },
           log.logger()),
-      overlay({notifier, recorder, session, configuration, feedback, history, clock, analytics, notices, display},
+      overlay({notifier, recorder, session, configuration, feedback, history, clock, analytics, notices, display,
+               &pasteboard},
               log.logger())
 {}
 
@@ -116,7 +117,6 @@ const DictationOutcome& DictationStage::waitForOutcome()
 
 std::vector<HistoryEntry> DictationStage::historyEntries()
 {
-    await(overlay.shutDown()); // nothing is being written any more
     const auto page = await(history.store()->page(HistoryPageRequest()));
     return page ? page->entries : std::vector<HistoryEntry>();
 }

@@ -12,6 +12,7 @@
 #include "tests/support/FakeAnalytics.h"
 #include "tests/support/FakeAudioInput.h"
 #include "tests/support/FakeClock.h"
+#include "tests/support/FakePasteboard.h"
 #include "tests/support/MainLoop.h"
 #include "tests/support/RecordedLog.h"
 #include "tests/support/RecordedNotices.h"
@@ -124,6 +125,7 @@ public:
     RecordedNotices notices;
     RecordedSounds sounds;
     RecordedTextOutput output{clock};
+    FakePasteboard pasteboard;
     ShortcutNotifier notifier;
     LogService stepLog = LogService::toListener([](LogLevel, std::string_view, std::string_view) {});
     PersistentAppStorage storage{folder / "settings.json", clock, log.logger()};

@@ -1,5 +1,6 @@
 // What becomes of a dictation that somebody else ends than its speaker.
 
+#include "app/overlay/RemoteControl.h"
 #include "app/overlay/ShortcutSuspension.h"
 #include "tests/app/overlay/DictationStage.h"
 #include "tests/support/FakeScreenLock.h"
@@ -30,27 +31,64 @@ protected:
     DictationStage stage;
 };
 
-TEST_F(Interruption, TheEndOfTheProgramKeepsWhatWasSaid)
+void expectKeptWords(bool isStillSpoken)
 {
-    beginToSpeak();
-    await(stage.overlay.shutDown());
+    DictationStage stage;
+    stage.loadConfiguration();
     stage.engine.holdsTranscription = true;
-    stage.clock.advance(1min);
-    stage.release(Uuid{});
-    beginToSpeak();
-    stage.release(stage.journalShortcut);
-    runUntil([&] { return !stage.engine.transcribed.empty(); });
+    stage.press(stage.journalShortcut);
+    stage.speak(1s);
+    if (!isStillSpoken) {
+        stage.release(stage.journalShortcut);
+        runUntil([&] { return !stage.engine.transcribed.empty(); });
+    }
     await(stage.overlay.shutDown());
 
     const auto entries = stage.historyEntries();
-    ASSERT_EQ(entries.size(), 2u);
-    for (const auto& entry : entries) {
-        ASSERT_TRUE(errorMessage(entry));
-        EXPECT_EQ(*errorMessage(entry), "Vocalith was ended before the text was delivered.");
-        EXPECT_TRUE(fs::exists(*filePath(audioFile(entry).fileBookmark)));
-    }
+    ASSERT_EQ(entries.size(), 1u);
+    ASSERT_TRUE(errorMessage(entries[0]));
+    EXPECT_EQ(*errorMessage(entries[0]), "Vocalith was ended before the text was delivered.");
+    EXPECT_TRUE(fs::exists(*filePath(audioFile(entries[0]).fileBookmark)));
     EXPECT_TRUE(stage.output.delivered.empty());
     EXPECT_FALSE(stage.storage.crashRecoveryInfo.get()) << "it is in the history, and not to be recovered again";
+}
+
+TEST(TheEndOfTheProgram, KeepsWhatWasSaid)
+{
+    for (const bool isStillSpoken : {true, false})
+        expectKeptWords(isStillSpoken);
+}
+
+TEST_F(Interruption, OnceTheProgramEndsNothingBeginsAnyMore)
+{
+    FakeScreenLock lock;
+    bool isSuspended = false;
+    ShortcutSuspension suspension(lock, stage.overlay, [&](bool now) {
+        if (now)
+            stage.release(stage.journalShortcut);
+        isSuspended = now;
+    });
+    RemoteControl remote(stage.notifier, stage.overlay, stage.configuration, lock, [] {});
+    beginToSpeak();
+    stage.overlay.close();
+    suspension.suspendForGood();
+    remote.close();
+    stage.release(Uuid{});
+    stage.press(stage.promptShortcut); // still on its way
+    EXPECT_FALSE(remote.carryOut({InstanceRequest::Action::start, {}}));
+    EXPECT_FALSE(remote.carryOut({InstanceRequest::Action::present, {}})) << "windows are about to go";
+    stage.waitForOutcome();
+    ASSERT_TRUE(failed());
+    EXPECT_EQ(failed()->message, "Vocalith was ended before the text was delivered.");
+
+    stage.release(Uuid{});
+    stage.press(stage.journalShortcut);
+    EXPECT_FALSE(stage.overlay.isShowingOverlay());
+    EXPECT_EQ(stage.input.requests().size(), 1u) << "the microphone was opened again";
+    lock.isLocked.set(true);
+    lock.isLocked.set(false);
+    suspension.setRecordingShortcut(false);
+    EXPECT_TRUE(isSuspended);
 }
 
 TEST_F(Interruption, TheEndOfTheProgramLeavesWordsThatAreInTheHistoryAlone)
@@ -90,7 +128,7 @@ TEST_F(Interruption, ALockedScreenEndsTheDictationBeforeItTakesTheShortcuts)
     lock.isLocked.set(true);
     stage.waitForOutcome();
     ASSERT_TRUE(failed());
-    EXPECT_EQ(failed()->message, "The screen was locked before the dictation was finished.");
+    EXPECT_EQ(failed()->message, "The screen was locked before the text was delivered.");
     EXPECT_TRUE(failed()->historyEntry);
     EXPECT_TRUE(stage.output.delivered.empty()) << "nobody is there to see what it is typed into";
 
@@ -102,6 +140,47 @@ TEST_F(Interruption, ALockedScreenEndsTheDictationBeforeItTakesTheShortcuts)
     EXPECT_TRUE(suspended.back()) << "a shortcut is still recorded";
     suspension.setRecordingShortcut(false);
     EXPECT_FALSE(suspended.back());
+}
+
+TEST_F(Interruption, ALockedScreenIsGivenNoTextThatWasOnItsWay)
+{
+    FakeScreenLock lock;
+    const ShortcutSuspension suspension(lock, stage.overlay, [](bool) {});
+    const struct {
+        HistoryStoragePolicy history;
+        bool isRecognised;
+        bool hasText; ///< the history has it
+        std::vector<FakePasteboard::Write> copied;
+    } kCases[] = {
+        {HistoryStoragePolicy::forever, false, false, {}},
+        {HistoryStoragePolicy::forever, true, true, {}},
+        {HistoryStoragePolicy::disabled, false, false, {}},
+        {HistoryStoragePolicy::disabled, true, false, {{"hello world ", false}}},
+    };
+    for (const auto& one : kCases) {
+        stage.storage.historyStoragePolicy.set(one.history);
+        stage.engine.holdsTranscription = !one.isRecognised;
+        stage.output.holds = true;
+        stage.engine.transcribed.clear();
+        stage.output.asked = 0;
+        stage.release(Uuid{});
+        beginToSpeak();
+        stage.release(stage.journalShortcut);
+        runUntil([&] { return one.isRecognised ? stage.output.asked > 0 : !stage.engine.transcribed.empty(); });
+        lock.isLocked.set(true);
+        stage.waitForOutcome();
+        stage.clock.advance(1h);
+        lock.isLocked.set(false);
+
+        ASSERT_TRUE(failed());
+        EXPECT_EQ(failed()->message, "The screen was locked before the text was delivered.");
+        EXPECT_EQ(failed()->historyHasText, one.hasText);
+        EXPECT_EQ(failed()->historyEntry.has_value(), one.history != HistoryStoragePolicy::disabled);
+        EXPECT_TRUE(failed()->recording && fs::exists(*failed()->recording));
+        EXPECT_EQ(stage.pasteboard.writes, one.copied);
+        EXPECT_EQ(failed()->detail, one.copied.empty() ? "" : "Your words are on the clipboard.");
+        EXPECT_TRUE(stage.output.delivered.empty());
+    }
 }
 
 TEST_F(Interruption, AScreenThatIsLockedAtTheStartSuspendsToo)

@@ -1,6 +1,11 @@
 #include "tests/app/ui/OverlayStage.h"
 
+#include "core/session/TranscriptionSessionManager.h"
+
 #include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QTranslator>
 
 using namespace vocalith;
 using namespace vocalith::test;
@@ -86,6 +91,36 @@ TEST(OverlayModelTest, ToldFailuresStayUntilTheyCanBeRead)
         stage.clock.advance(end.gone - end.readable);
         EXPECT_FALSE(stage.model.isVisible());
     }
+}
+
+/// Knows two sentences.
+class GermanTranslator final : public QTranslator {
+public:
+    GermanTranslator() { QCoreApplication::installTranslator(this); }
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        if (std::string_view(context) != "Vocalith")
+            return {};
+        if (std::string_view(text) == userMessage(SessionError{SessionError::Kind::noSpeech, {}}))
+            return QStringLiteral("Keine Sprache erkannt");
+        return std::string_view(text) == "Your words are on the clipboard."
+                   ? QStringLiteral("Der Text ist in der Zwischenablage.")
+                   : QString();
+    }
+};
+
+TEST(OverlayModelTest, FailuresAreToldInTheLanguageOfTheInterface)
+{
+    const GermanTranslator german;
+    OverlayStage stage;
+    stage.record();
+    stage.end(Failed{.message = "No speech detected", .detail = "Your words are on the clipboard."});
+    EXPECT_EQ(stage.model.message(), QStringLiteral("Keine Sprache erkannt"));
+    EXPECT_EQ(stage.model.detail(), QStringLiteral("Der Text ist in der Zwischenablage."));
+    stage.end(Failed{.message = "Größe: 5 µm", .detail = "as it is"});
+    EXPECT_EQ(stage.model.message(), QStringLiteral("Größe: 5 µm")) << "a sentence that nobody has translated";
+    EXPECT_EQ(stage.model.detail(), QStringLiteral("as it is"));
 }
 
 TEST(OverlayModelTest, ANewDictationTakesThePlaceOfAnOldFailure)

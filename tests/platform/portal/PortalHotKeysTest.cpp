@@ -4,6 +4,7 @@
 #include "platform/portal/bus/PortalConnection.h"
 #include "tests/support/FakePortal.h"
 #include "tests/support/MainLoop.h"
+#include "tests/support/RecordedLog.h"
 
 #include <gmock/gmock.h>
 
@@ -52,7 +53,8 @@ struct Program {
     FakePortal& desktop;
     TaskScope tasks;
     PortalConnection portals;
-    PortalHotKeys hotKeys{portals, tasks};
+    RecordedLog log;
+    PortalHotKeys hotKeys{portals, tasks, log.logger()};
     std::vector<std::string> heard;
     std::vector<std::pair<Uuid, HotKeyError>> failures;
     Subscription onFailed;
@@ -100,7 +102,8 @@ TEST(PortalHotKeysTest, AsksAgainOnlyForNewShortcuts)
     drainMainThread();
     EXPECT_EQ(desktop.count("GlobalShortcuts.BindShortcuts"), 1);
     desktop.press(dictate.shortcutID.toString());
-    runUntil([&] { return program.heard.size() == 1; });
+    desktop.release(dictate.shortcutID.toString());
+    runUntil([&] { return program.heard.size() == 2; });
 
     const auto more = program.add(hotKey("F9", "More"));
     program.waitUntilBound(2);
@@ -109,8 +112,38 @@ TEST(PortalHotKeysTest, AsksAgainOnlyForNewShortcuts)
     subscription.reset();
     desktop.press(dictate.shortcutID.toString());
     desktop.press(desktop.shortcuts().back().id);
-    runUntil([&] { return program.heard.size() == 2; });
-    EXPECT_THAT(program.heard, ElementsAre("Dictate down", "More down"));
+    runUntil([&] { return program.heard.size() == 3; });
+    EXPECT_THAT(program.heard, ElementsAre("Dictate down", "Dictate up", "More down"));
+}
+
+TEST(PortalHotKeysTest, AKeyThatIsHeldWhileTheSessionIsMadeAnewIsReleased)
+{
+    FakePortal desktop;
+    Program program(desktop);
+    const auto dictate = hotKey("Ctrl+Alt+Space");
+    const auto id = dictate.shortcutID.toString();
+    const auto subscription = program.add(dictate);
+    program.waitUntilBound(1);
+    desktop.press(id);
+    runUntil([&] { return program.heard.size() == 1; });
+    const auto more = program.add(hotKey("F9", "More"));
+    program.waitUntilBound(2);
+    EXPECT_THAT(program.heard, ElementsAre("Dictate down", "Dictate up"));
+    desktop.press(id);
+    runUntil([&] { return program.heard.size() == 3; });
+    EXPECT_EQ(program.heard.back(), "Dictate down");
+    EXPECT_THAT(program.failures, IsEmpty());
+}
+
+TEST(PortalHotKeysTest, AnEventWithoutAUsableIdentityIsLogged)
+{
+    FakePortal desktop;
+    Program program(desktop);
+    const auto subscription = program.add(hotKey("Ctrl+Alt+Space"));
+    program.waitUntilBound(1);
+    desktop.press("dictate");
+    EXPECT_TRUE(runUntil([&] { return program.log.has("Failed to get event parameter (status="); }));
+    EXPECT_THAT(program.heard, IsEmpty());
 }
 
 TEST(PortalHotKeysTest, ASessionThatEndsReleasesTheKeyAndIsTold)

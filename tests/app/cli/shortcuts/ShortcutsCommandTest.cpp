@@ -61,6 +61,12 @@ TEST_F(ShortcutsOnTheCommandLine, AreSetChangedAndCleared)
     EXPECT_EQ(storage.mainPrompt.get().shortcut.keys, parseKeys("Ctrl+Alt+Space"));
 }
 
+TEST_F(ShortcutsOnTheCommandLine, TakeModifierKeysAsTheyAreWritten)
+{
+    for (const std::string keys : {"Ctrl", "Alt", "Shift", "Super", "Alt+Shift", "Ctrl+Alt", "Fn"})
+        EXPECT_EQ(type({"set", "main", keys.c_str()}), "main: " + keys + " (automatic)\n");
+}
+
 TEST_F(ShortcutsOnTheCommandLine, RefuseWhatTheWindowRefusesAndLeaveTheRestAsItWas)
 {
     type({"set", "main", "F8"});
@@ -70,14 +76,18 @@ TEST_F(ShortcutsOnTheCommandLine, RefuseWhatTheWindowRefusesAndLeaveTheRestAsItW
     } kCases[] = {
         {{"set", "journal", "F8"}, "already used by the app"},
         {{"set", "main", "a"}, "at least one modifier key"},
+        {{"set", "main", "Escape"}, "Error: No shortcut was recorded"}, // which ends the recording
         {{"set", "main", "Foo+x"}, "\"Foo+x\" are no keys"},
         {{"set", "letr", "F7"}, "Did you mean \"Letter\"?"},
         {{"set", "main"}, "Say which keys"},
         {{"clear", "poem"}, "no shortcut \"poem\""},
         {{"set", "main", "--mode", "held"}, "wrong usage"},
     };
-    for (const auto& [words, part] : kCases)
-        EXPECT_NE(type(words).find(part), std::string::npos) << part;
+    for (const auto& [words, part] : kCases) {
+        const auto said = type(words);
+        EXPECT_NE(said.find(part), std::string::npos) << part;
+        EXPECT_TRUE(said.ends_with("failed") || said == "wrong usage") << said;
+    }
     EXPECT_EQ(storage.mainPrompt.get().shortcut.keys, parseKeys("F8"));
     EXPECT_NE(type({"set", "main", "Alt+Tab"}).find("already used by the system"), std::string::npos);
     EXPECT_EQ(storage.mainPrompt.get().shortcut.keys, parseKeys("Alt+Tab")) << "a warning, no refusal";
