@@ -53,8 +53,10 @@ ResidentProgram::ResidentProgram(std::vector<std::string> desktop,
         if (const char* const value = std::getenv(name))
             m_environment.push_back(std::string(name) + "=" + value);
     }
-    for (const std::string& more : {"VOCALITH_HOME=" + m_home.path().string(), "PULSE_SERVER=" + audio.address(),
-                                    std::string("OMP_WAIT_POLICY=passive")})
+    // Qt asks for EGL when it decorates a window, and Mesa's drivers leak when they are unloaded at the end.
+    for (const std::string& more :
+         {"VOCALITH_HOME=" + m_home.path().string(), "PULSE_SERVER=" + audio.address(),
+          std::string("OMP_WAIT_POLICY=passive"), std::string("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION=none")})
         m_environment.push_back(more);
 
     FakeClock clock;
