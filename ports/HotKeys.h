@@ -38,7 +38,9 @@ struct HotKey {
 /// The modifier keys as they are held now.
 struct ModifierChange {
     std::uint64_t rawFlags = 0;
-    bool otherKeyDown = false; ///< a key that is no modifier went down: what is held belongs to a combination
+    /// Another key went down, or a button or the wheel of the mouse: what is held belongs to a combination. Not told
+    /// of a hot key of ours.
+    bool otherKeyDown = false;
     bool operator==(const ModifierChange&) const = default;
 };
 

@@ -11,12 +11,23 @@
 namespace vocalith {
 namespace {
 
-KeyboardShortcut fixedShortcut(int keyCode, std::uint64_t rawFlags)
+KeyboardShortcut fixedShortcut(int keyCode, std::uint64_t rawFlags, int variant = 0)
 {
     KeyboardShortcut shortcut;
-    shortcut.id = Uuid::parse(fmt::format("00000000-0000-0000-0000-{:012}", keyCode)).value();
+    shortcut.id = Uuid::parse(fmt::format("00000000-0000-0000-{:04}-{:012}", variant, keyCode)).value();
     shortcut.keys = {rawFlags, keyCode};
     return shortcut;
+}
+
+/// The same key for as long as a shortcut is held.
+KeyboardShortcut withHeld(std::uint64_t modifiers, const KeyboardShortcut& shortcut)
+{
+    return fixedShortcut(shortcut.keys->keyCode.value(), modifiers, 1);
+}
+
+bool contains(const auto& keys, const KeyboardShortcut& shortcut)
+{
+    return std::ranges::any_of(keys, [&](const auto& key) { return key.shortcut == shortcut; });
 }
 
 } // namespace
@@ -53,30 +64,47 @@ DictationKeys::~DictationKeys()
 
 void DictationKeys::take(const Wanted& wanted)
 {
-    if (!m_carbonHotkeyManager.takesKeysOnDemand())
+    if (!m_carbonHotkeyManager.takesKeysOnDemand() || wanted == m_wanted)
         return;
-    const Wanted before = std::exchange(m_taken, wanted);
-    if (wanted.escape != before.escape)
-        take(wanted.escape, escapeShortcut(), "Cancel the dictation", [this] { escapePressed.emit(); });
-    if (wanted.returnKey != before.returnKey)
-        take(wanted.returnKey, returnShortcut(), "Finish the dictation", [this] { returnPressed.emit(); });
-    const auto [fewer, more] = std::minmax(wanted.numbers, before.numbers);
-    for (int number = fewer + 1; number <= more; ++number)
-        take(number <= wanted.numbers, commandNumberShortcut(number).keyboardShortcut,
-             fmt::format("Choose prompt {}", number), [this, number] { numberPressed.emit(number); });
+    m_wanted = wanted;
+    const auto before = std::exchange(m_taken, keysFor(wanted));
+    for (const auto& key : before) {
+        if (!contains(m_taken, key.shortcut))
+            m_carbonHotkeyManager.unregister(key.shortcut.id);
+    }
+    for (const auto& key : m_taken) {
+        if (!contains(before, key.shortcut))
+            registerKey(key);
+    }
 }
 
-void DictationKeys::take(bool isWanted, const KeyboardShortcut& shortcut, const std::string& description, Action action)
+std::vector<DictationKeys::Key> DictationKeys::keysFor(const Wanted& wanted)
 {
-    if (!isWanted) {
-        m_carbonHotkeyManager.unregister(shortcut.id);
-        return;
-    }
-    if (m_isUsed(*shortcut.keys))
+    std::vector<Key> keys;
+    const auto add = [&](const KeyboardShortcut& shortcut, const std::string& description,
+                         const std::function<void()>& action) {
+        keys.push_back({shortcut, description, action});
+        if (wanted.heldModifiers == 0 || wanted.heldModifiers == shortcut.keys->rawFlags)
+            return;
+        keys.push_back({withHeld(wanted.heldModifiers, shortcut), description, action});
+    };
+    if (wanted.escape)
+        add(escapeShortcut(), "Cancel the dictation", [this] { escapePressed.emit(); });
+    if (wanted.returnKey)
+        add(returnShortcut(), "Finish the dictation", [this] { returnPressed.emit(); });
+    for (int number = 1; number <= wanted.numbers; ++number)
+        add(commandNumberShortcut(number).keyboardShortcut, fmt::format("Choose prompt {}", number),
+            [this, number] { numberPressed.emit(number); });
+    return keys;
+}
+
+void DictationKeys::registerKey(const Key& key)
+{
+    if (m_isUsed(*key.shortcut.keys))
         return;
     // One that another program has is missed for this dictation; the manager has logged it.
     static_cast<void>(
-        m_carbonHotkeyManager.registerShortcut(shortcut, description, [action = std::move(action)](bool isDown) {
+        m_carbonHotkeyManager.registerShortcut(key.shortcut, key.description, [action = key.action](bool isDown) {
             if (isDown)
                 action();
         }));

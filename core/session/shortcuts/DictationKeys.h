@@ -3,6 +3,7 @@
 #include "base/Observable.h"
 #include "models/KeyboardShortcut.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -31,6 +32,9 @@ public:
         bool escape = false;
         bool returnKey = false;
         int numbers = 0; ///< from 1 up to this
+        /// The modifiers that a shortcut is held with: the keys work together with exactly these too, a digit then
+        /// without its own modifier.
+        std::uint64_t heldModifiers = 0;
         bool operator==(const Wanted&) const = default;
     };
     /// Whether another shortcut has the keys, which then keeps them.
@@ -51,12 +55,18 @@ public:
     Signal<int> numberPressed;
 
 private:
-    using Action = std::function<void()>;
-    void take(bool isWanted, const KeyboardShortcut& shortcut, const std::string& description, Action action);
+    struct Key {
+        KeyboardShortcut shortcut;
+        std::string description;
+        std::function<void()> action;
+    };
+    std::vector<Key> keysFor(const Wanted& wanted);
+    void registerKey(const Key& key);
 
     CarbonHotkeyManager& m_carbonHotkeyManager;
     const IsUsed m_isUsed;
-    Wanted m_taken;
+    Wanted m_wanted;
+    std::vector<Key> m_taken; ///< or not, when another had them
 };
 
 } // namespace vocalith

@@ -28,7 +28,8 @@ KeyboardShortcutManager::KeyboardShortcutManager(Clock& clock, PersistentAppStor
                       m_logger),
       m_dictationKeys(carbonHotkeyManager, [this](const auto& keys) { return m_registrations.has(keys); })
 {
-    m_cancellables.push_back(m_dictationKeys.escapePressed.subscribe([this] { cancel(); }));
+    m_cancellables.push_back(
+        m_dictationKeys.escapePressed.subscribe([this] { cancel(Dictation::ending, afterCooldown()); }));
     m_cancellables.push_back(m_dictationKeys.returnPressed.subscribe([this] { m_notifier.returnTriggered.emit(); }));
     m_cancellables.push_back(
         m_dictationKeys.numberPressed.subscribe([this](int number) { promptNumberChosen.emit(number); }));
@@ -43,28 +44,56 @@ void KeyboardShortcutManager::start()
     m_registrations.update();
 }
 
+void KeyboardShortcutManager::setSuspended(bool isSuspended)
+{
+    if (isSuspended && m_waitingActivation)
+        becomeIdle(m_dictation, m_waitingActivation->before);
+    m_registrations.setSuspended(isSuspended);
+}
+
 void KeyboardShortcutManager::settingsChanged()
 {
     m_logger.info("Settings changed, updating global hotkey");
     m_dictationKeys.take({}); // the user may want one of them for a shortcut
+    const bool isNested = std::exchange(m_isBusy, true);
     m_registrations.update();
+    m_isBusy = isNested;
     updateDictationKeys();
 }
 
 void KeyboardShortcutManager::handleShortcutChange(bool isDown, const KeyboardShortcut& shortcut)
 {
+    isDown ? pressed(shortcut) : released(shortcut);
+    updateDictationKeys(); // which keys they are depends on what is held
+}
+
+void KeyboardShortcutManager::pressed(const KeyboardShortcut& shortcut)
+{
+    if (m_heldModifiers && m_heldModifiers->shortcutID != shortcut.id)
+        modifiersCombined(m_heldModifiers->shortcutID);
+    const bool isOfModifiersOnly = shortcut.keys && !shortcut.keys->keyCode;
+    if (isOfModifiersOnly)
+        m_heldModifiers = {shortcut.id, comparable(*shortcut.keys).rawFlags, m_clock.instant(), std::nullopt};
+    const Before before{m_recordingMode, m_completionShortcut};
     switch (shortcut.activationMode) {
-    case ActivationMode::automatic: isDown ? automaticPressed(shortcut.id) : automaticReleased(shortcut.id); break;
-    case ActivationMode::toggle:
-        if (isDown)
-            togglePressed(shortcut.id);
-        break;
-    case ActivationMode::pushToTalk: isDown ? pushToTalkPressed(shortcut.id) : pushToTalkReleased(shortcut.id); break;
-    case ActivationMode::doubleTap:
-        if (isDown)
-            doubleTapPressed(shortcut.id);
-        break;
+    case ActivationMode::automatic: automaticPressed(shortcut.id); break;
+    case ActivationMode::toggle: togglePressed(shortcut.id); break;
+    case ActivationMode::pushToTalk: pushToTalkPressed(shortcut.id); break;
+    case ActivationMode::doubleTap: doubleTapPressed(shortcut.id); break;
     }
+    const bool isNowItsOwn = isCompletedBy(shortcut.id) && before.completionShortcut != shortcut.id;
+    if (isOfModifiersOnly && m_heldModifiers && isNowItsOwn)
+        m_heldModifiers->before = before;
+}
+
+void KeyboardShortcutManager::released(const KeyboardShortcut& shortcut)
+{
+    if (m_heldModifiers && m_heldModifiers->shortcutID == shortcut.id)
+        m_heldModifiers.reset();
+    if (shortcut.activationMode == ActivationMode::automatic)
+        automaticReleased(shortcut.id);
+    else if (shortcut.activationMode == ActivationMode::pushToTalk)
+        pushToTalkReleased(shortcut.id);
 }
 
 void KeyboardShortcutManager::automaticPressed(const Uuid& shortcutID)
@@ -72,12 +101,19 @@ void KeyboardShortcutManager::automaticPressed(const Uuid& shortcutID)
     if (isIdle()) {
         if (isCoolingDown("Cooldown active until"))
             return;
-        m_modeDetectionTimer = m_clock.after(modeDetectionInterval, [this] { modeDetectionTimerFired(); });
-        activate(shortcutID, WaitingForRelease{m_clock.instant()});
+        const auto now = m_clock.instant();
+        detectModeAt(now + modeDetectionInterval);
+        activate(shortcutID, WaitingForRelease{now});
     } else if (!switchesTo(shortcutID) && std::holds_alternative<ToggleActive>(m_recordingMode)) {
         m_logger.info("toggleActive → completed (same key pressed again)");
         complete(shortcutID);
     }
+}
+
+void KeyboardShortcutManager::detectModeAt(Instant instant)
+{
+    const auto delay = std::max(instant - m_clock.instant(), Duration::zero());
+    m_modeDetectionTimer = m_clock.after(delay, [this] { modeDetectionTimerFired(); });
 }
 
 void KeyboardShortcutManager::modeDetectionTimerFired()
@@ -170,13 +206,32 @@ void KeyboardShortcutManager::doubleTapPressed(const Uuid& shortcutID)
         publish(keyboard_activation::Activated{shortcutID});
 }
 
+/// Whatever the modifiers of the shortcut are held for, it is not the shortcut.
 void KeyboardShortcutManager::modifiersCombined(const Uuid& shortcutID)
 {
-    const bool isItsOwn = !isIdle() && m_startedByKey && isCompletedBy(shortcutID);
-    if (!isItsOwn || m_clock.instant() - m_startTime >= modeDetectionInterval)
+    m_doubleTapStates.erase(shortcutID);
+    if (!m_heldModifiers || m_heldModifiers->shortcutID != shortcutID || !m_heldModifiers->before)
         return;
-    m_logger.info("The modifier keys belong to another combination, cancelling");
-    cancel();
+    if (m_clock.instant() - m_heldModifiers->pressTime >= modeDetectionInterval)
+        return;
+    const Before before = *m_heldModifiers->before;
+    m_heldModifiers->before.reset();
+    if (const auto* idle = std::get_if<Idle>(&before.mode)) {
+        m_logger.info("The modifier keys belong to another combination, cancelling");
+        cancel(Dictation::undone, *idle);
+    } else {
+        m_logger.info("The modifier keys belong to another combination, switching back");
+        switchBack(before);
+    }
+}
+
+void KeyboardShortcutManager::switchBack(const Before& before)
+{
+    m_completionShortcut = before.completionShortcut;
+    m_recordingMode = before.mode;
+    m_modeDetectionTimer.reset();
+    if (const auto* waiting = std::get_if<WaitingForRelease>(&before.mode))
+        detectModeAt(waiting->startTime + modeDetectionInterval);
 }
 
 bool KeyboardShortcutManager::isCoolingDown(std::string_view prefix) const
@@ -192,10 +247,17 @@ bool KeyboardShortcutManager::isCoolingDown(std::string_view prefix) const
 
 void KeyboardShortcutManager::activate(const Uuid& shortcutID, RecordingMode mode)
 {
-    m_recordingMode = mode;
+    const auto before = std::get<Idle>(std::exchange(m_recordingMode, mode));
     m_completionShortcut = shortcutID;
     m_startedByKey = true;
-    m_startTime = m_clock.instant();
+    if (m_dictation == Dictation::undone)
+        m_waitingActivation = {shortcutID, before};
+    else
+        publishActivated(shortcutID, before);
+}
+
+void KeyboardShortcutManager::publishActivated(const Uuid& shortcutID, const Idle& before)
+{
     const keyboard_activation::Activated activated{shortcutID};
     if (m_notifier.state.get() == KeyboardActivationState(activated)) // refused to somebody else
         publish(keyboard_activation::Idle{});
@@ -203,8 +265,14 @@ void KeyboardShortcutManager::activate(const Uuid& shortcutID, RecordingMode mod
     if (m_dictation == Dictation::spoken || isIdle())
         return;
     m_logger.info("The dictation was refused");
-    becomeIdle(m_dictation);
+    becomeIdle(m_dictation, before);
     publish(keyboard_activation::Idle{});
+}
+
+void KeyboardShortcutManager::publishWaiting()
+{
+    if (const auto waiting = std::exchange(m_waitingActivation, std::nullopt))
+        publishActivated(waiting->shortcutID, waiting->before);
 }
 
 /// Whether the press does nothing but make this shortcut the one that ends the dictation.
@@ -216,29 +284,38 @@ bool KeyboardShortcutManager::switchesTo(const Uuid& shortcutID)
         m_logger.info(fmt::format("🔄 Switching completion shortcut from {} to {}", m_completionShortcut->toString(),
                                   shortcutID.toString()));
     m_completionShortcut = shortcutID;
-    if (!std::exchange(m_startedByKey, true))
-        return false;
-    completionShortcutSwitched.emit(shortcutID);
-    return true;
+    return std::exchange(m_startedByKey, true);
 }
 
 void KeyboardShortcutManager::complete(const Uuid& shortcutID)
 {
-    becomeIdle(Dictation::ending);
+    if (m_waitingActivation) { // nobody knows of it yet
+        becomeIdle(m_dictation, afterCooldown());
+        return;
+    }
+    becomeIdle(Dictation::ending, afterCooldown());
     publish(keyboard_activation::Completed{shortcutID});
 }
 
-void KeyboardShortcutManager::cancel()
+void KeyboardShortcutManager::cancel(Dictation next, Idle idle)
 {
-    becomeIdle(Dictation::ending);
+    if (m_waitingActivation) {
+        becomeIdle(m_dictation, idle);
+        return;
+    }
+    becomeIdle(next, idle);
     publish(keyboard_activation::Idle{});
     m_notifier.escapeTriggered.emit();
 }
 
-void KeyboardShortcutManager::becomeIdle(Dictation next)
+void KeyboardShortcutManager::becomeIdle(Dictation next, Idle idle)
 {
     m_modeDetectionTimer.reset();
-    m_recordingMode = Idle{m_clock.instant() + cooldownInterval};
+    m_waitingTimer.reset();
+    m_waitingActivation.reset();
+    if (m_heldModifiers)
+        m_heldModifiers->before.reset();
+    m_recordingMode = idle;
     m_completionShortcut.reset();
     m_dictation = next;
 }
@@ -246,11 +323,11 @@ void KeyboardShortcutManager::becomeIdle(Dictation next)
 void KeyboardShortcutManager::dictationStarted(const Uuid& shortcutID)
 {
     m_dictation = Dictation::spoken;
+    m_waitingActivation.reset();
     if (isIdle()) {
         m_recordingMode = ToggleActive{};
         m_completionShortcut = shortcutID;
         m_startedByKey = false;
-        m_startTime = m_clock.instant();
     }
     updateDictationKeys();
 }
@@ -259,7 +336,7 @@ void KeyboardShortcutManager::speakingEnded()
 {
     if (m_dictation != Dictation::spoken)
         return;
-    becomeIdle(Dictation::ending);
+    becomeIdle(Dictation::ending, afterCooldown());
     updateDictationKeys();
 }
 
@@ -267,24 +344,26 @@ void KeyboardShortcutManager::dictationEnded()
 {
     if (m_dictation == Dictation::none && isIdle())
         return;
-    if (!isIdle())
-        becomeIdle(Dictation::none);
+    if (m_waitingActivation) // later: not everybody knows yet that this one has ended
+        m_waitingTimer = m_clock.after(Duration::zero(), [this] { publishWaiting(); });
+    else if (!isIdle())
+        becomeIdle(Dictation::none, afterCooldown());
     m_dictation = Dictation::none; // the cooldown runs since the user ended it
     publish(keyboard_activation::Idle{});
 }
 
 void KeyboardShortcutManager::publish(const KeyboardActivationState& state)
 {
-    const bool isNested = std::exchange(m_isPublishing, true);
+    const bool isNested = std::exchange(m_isBusy, true);
     m_notifier.state.set(state);
-    m_isPublishing = isNested;
+    m_isBusy = isNested;
     updateDictationKeys();
 }
 
 void KeyboardShortcutManager::updateDictationKeys()
 {
-    // Asking the desktop for keys takes its time; the microphone comes first.
-    if (m_isPublishing)
+    // Asking the desktop for keys takes its time; the microphone and the user's own shortcuts come first.
+    if (m_isBusy)
         return;
     DictationKeys::Wanted wanted;
     wanted.escape = m_dictation != Dictation::none && m_appStorage.enableEscapeCancelsRecording.get();
@@ -293,6 +372,8 @@ void KeyboardShortcutManager::updateDictationKeys()
     const auto prompts = static_cast<int>(m_appStorage.aiPrompts.get().size());
     if (m_dictation == Dictation::spoken && prompts > 0)
         wanted.numbers = std::min(numberKeys(), prompts + 1); // the main prompt is among them
+    if (m_heldModifiers)
+        wanted.heldModifiers = m_heldModifiers->rawFlags;
     m_dictationKeys.take(wanted);
 }
 

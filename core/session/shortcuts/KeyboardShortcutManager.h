@@ -21,6 +21,10 @@ namespace vocalith {
 ///
 /// Whoever observes the notifier and starts a dictation calls `dictationStarted` within that call; one that was asked
 /// for and has not started then was refused. `speakingEnded` and `dictationEnded` follow.
+///
+/// Modifier keys are pressed one after the other and before other keys. What the press of a shortcut of modifiers only
+/// has started or switched is undone when, within the mode detection interval and while they are held, another key or
+/// shortcut goes down.
 class KeyboardShortcutManager {
 public:
     // Instants, not dates: a clock that is set back must not lock the shortcuts.
@@ -45,7 +49,7 @@ public:
     /// Registers the shortcuts of the settings, and from now on follows the settings.
     void start();
     /// While suspended the user's shortcuts belong to the desktop: when one is being recorded, or the screen is locked.
-    void setSuspended(bool isSuspended) { m_registrations.setSuspended(isSuspended); }
+    void setSuspended(bool isSuspended);
     /// Tries again to register what could not be registered.
     void retry() { m_registrations.update(); }
     /// The shortcuts that do not work.
@@ -69,23 +73,41 @@ public:
 
     /// 1 to 9, while a dictation is spoken.
     Signal<int> promptNumberChosen;
-    /// Another shortcut was pressed while a dictation is spoken; from now on that one ends it.
-    Signal<Uuid> completionShortcutSwitched;
 
 private:
     enum class Dictation {
         none,
         spoken, ///< the user speaks
-        ending  ///< it is being processed or cancelled
+        ending, ///< it is being processed or cancelled
+        undone  ///< it is being cancelled: the modifiers that started it belong to another shortcut or to none
     };
     struct DoubleTapState {
         Instant lastTapTime;
         Uuid shortcutID;
     };
+    /// What a press has changed.
+    struct Before {
+        RecordingMode mode;
+        std::optional<Uuid> completionShortcut;
+    };
+    /// A shortcut of modifiers only that is held. It may be the way to a larger combination.
+    struct HeldModifiers {
+        Uuid shortcutID;
+        std::uint64_t rawFlags;
+        Instant pressTime;
+        std::optional<Before> before; ///< as long as the press can be undone
+    };
+    /// A start that waits until the dictation that was undone has ended.
+    struct WaitingActivation {
+        Uuid shortcutID;
+        Idle before;
+    };
 
     bool isIdle() const { return std::holds_alternative<Idle>(m_recordingMode); }
     bool isCompletedBy(const Uuid& shortcutID) const { return m_completionShortcut == shortcutID; }
 
+    void pressed(const KeyboardShortcut& shortcut);
+    void released(const KeyboardShortcut& shortcut);
     void automaticPressed(const Uuid& shortcutID);
     void automaticReleased(const Uuid& shortcutID);
     void releasedUndecided(const Uuid& shortcutID, const WaitingForRelease& waiting);
@@ -94,14 +116,19 @@ private:
     void pushToTalkReleased(const Uuid& shortcutID);
     void doubleTapPressed(const Uuid& shortcutID);
     void modifiersCombined(const Uuid& shortcutID);
+    void switchBack(const Before& before);
+    void detectModeAt(Instant instant);
     void modeDetectionTimerFired();
 
     bool isCoolingDown(std::string_view prefix) const;
     void activate(const Uuid& shortcutID, RecordingMode mode);
+    void publishActivated(const Uuid& shortcutID, const Idle& before);
+    void publishWaiting();
     bool switchesTo(const Uuid& shortcutID);
     void complete(const Uuid& shortcutID);
-    void cancel();
-    void becomeIdle(Dictation next);
+    void cancel(Dictation next, Idle idle);
+    Idle afterCooldown() const { return {m_clock.instant() + cooldownInterval}; }
+    void becomeIdle(Dictation next, Idle idle);
     void publish(const KeyboardActivationState& state);
     void settingsChanged();
     void updateDictationKeys();
@@ -117,10 +144,12 @@ private:
     Dictation m_dictation = Dictation::none;
     std::optional<Uuid> m_completionShortcut; ///< whose next press or release ends the dictation
     bool m_startedByKey = false;
-    Instant m_startTime;
+    std::optional<HeldModifiers> m_heldModifiers;
+    std::optional<WaitingActivation> m_waitingActivation;
     std::map<Uuid, DoubleTapState> m_doubleTapStates;
     Timer m_modeDetectionTimer;
-    bool m_isPublishing = false;
+    Timer m_waitingTimer;
+    bool m_isBusy = false; ///< with what the keys of the dictation wait for
     std::vector<Subscription> m_cancellables;
 };
 

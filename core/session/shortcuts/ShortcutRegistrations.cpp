@@ -44,7 +44,8 @@ void ShortcutRegistrations::update()
     std::vector<ShortcutProblem> found;
     registerMissing(wanted, found);
     serveModifiers(wanted, found);
-    problems.set(std::move(found));
+    if (!m_isSuspended) // what does not work then will not work afterwards either
+        problems.set(std::move(found));
 }
 
 void ShortcutRegistrations::setSuspended(bool isSuspended)

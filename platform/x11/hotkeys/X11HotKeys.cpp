@@ -39,6 +39,8 @@ public:
     }
 
     Result<Subscription, HotKeyError> add(const HotKey& hotKey, Handler handler);
+    /// Whether a press of the key in this state is a hot key's.
+    bool has(KeyCode code, unsigned state) const { return match(code, state) != nullptr; }
 
 private:
     struct Registration {
@@ -62,6 +64,7 @@ private:
     Display* display() const { return m_connection.display(); }
     Registrations alive() const;
     std::shared_ptr<Registration> find(KeyCode code, unsigned state, unsigned ignored) const;
+    std::shared_ptr<Registration> match(KeyCode code, unsigned eventState) const;
     int grab(const Registration& registration);
     void ungrab(const Registration& registration);
     void handle(const XEvent& event);
@@ -130,6 +133,18 @@ std::shared_ptr<X11HotKeys::Grabs::Registration> X11HotKeys::Grabs::find(KeyCode
     return nullptr;
 }
 
+std::shared_ptr<X11HotKeys::Grabs::Registration> X11HotKeys::Grabs::match(KeyCode code, unsigned eventState) const
+{
+    const unsigned state = m_map.withoutLocks(eventState);
+    auto registration = find(code, state, 0);
+    if (registration || m_held.empty())
+        return registration;
+    unsigned ignored = 0;
+    for (const auto& [other, held] : m_held)
+        ignored |= held.mask;
+    return find(code, state, ignored);
+}
+
 /// Yields the code of the server's error, or 0.
 int X11HotKeys::Grabs::grab(const Registration& registration)
 {
@@ -167,14 +182,7 @@ void X11HotKeys::Grabs::pressed(const XKeyEvent& event)
     const auto code = static_cast<KeyCode>(event.keycode);
     if (m_held.contains(code)) // it repeats
         return;
-    const unsigned state = m_map.withoutLocks(event.state);
-    auto registration = find(code, state, 0);
-    if (!registration && !m_held.empty()) {
-        unsigned ignored = 0;
-        for (const auto& [other, held] : m_held)
-            ignored |= held.mask;
-        registration = find(code, state, ignored);
-    }
+    const auto registration = match(code, event.state);
     if (!registration)
         return;
     m_held[code] = {registration, registration->mask};
@@ -238,15 +246,20 @@ void X11HotKeys::Grabs::fail()
 /// One recording for all who watch the modifier keys, while there are any.
 class X11HotKeys::Monitors : public std::enable_shared_from_this<Monitors> {
 public:
-    Monitors(X11Connection& connection, Logger logger) : m_connection(connection), m_logger(std::move(logger)) {}
+    Monitors(X11Connection& connection, const std::shared_ptr<Grabs>& grabs, Logger logger)
+        : m_connection(connection), m_grabs(grabs), m_logger(std::move(logger))
+    {}
 
     Result<Subscription, HotKeyError> add(std::function<void(const ModifierChange&)> handler)
     {
         if (m_connection.isLost())
             return failure(connectionLost());
         if (!m_monitor) {
-            auto monitor = X11ModifierMonitor::open(
-                m_connection, [this](const ModifierChange& change) { m_changed.emit(change); }, m_logger);
+            auto monitor =
+                X11ModifierMonitor::open(m_connection,
+                                         {[this](const ModifierChange& change) { m_changed.emit(change); },
+                                          [this](unsigned char code, unsigned state) { return isHotKey(code, state); }},
+                                         m_logger);
             if (!monitor)
                 return failure(monitor.error());
             m_monitor = std::move(*monitor);
@@ -273,7 +286,14 @@ private:
         Subscription changes;
     };
 
+    bool isHotKey(unsigned char code, unsigned state) const
+    {
+        const auto grabs = m_grabs.lock();
+        return grabs && grabs->has(code, state);
+    }
+
     X11Connection& m_connection;
+    const std::weak_ptr<Grabs> m_grabs;
     const Logger m_logger;
     Signal<ModifierChange> m_changed;
     int m_watchers = 0; ///< those that are gone count until the event loop has run
@@ -290,7 +310,7 @@ Result<std::unique_ptr<X11HotKeys>, std::string> X11HotKeys::open(const std::str
 
 X11HotKeys::X11HotKeys(std::unique_ptr<X11Connection> connection, const Logger& logger)
     : m_connection(std::move(connection)), m_grabs(std::make_shared<Grabs>(*m_connection, failed)),
-      m_monitors(std::make_shared<Monitors>(*m_connection, logger))
+      m_monitors(std::make_shared<Monitors>(*m_connection, m_grabs, logger))
 {}
 
 X11HotKeys::~X11HotKeys() = default;

@@ -31,7 +31,7 @@ XRecordContext makeContext(Display* display)
         return None;
     XRecordRange* range = XRecordAllocRange();
     range->device_events.first = KeyPress;
-    range->device_events.last = KeyRelease;
+    range->device_events.last = ButtonPress; // KeyRelease is between them
     XRecordClientSpec clients = XRecordAllClients;
     const XRecordContext context = XRecordCreateContext(display, 0, &clients, 1, &range, 1);
     XFree(range);
@@ -51,9 +51,8 @@ struct X11ModifierMonitor::Recorded : std::enable_shared_from_this<Recorded> {
     {
         if (data->category == XRecordFromServer && data->data_len > 0) {
             const auto* const event = reinterpret_cast<const xEvent*>(data->data);
-            const auto state = unsigned(event->u.keyButtonPointer.state);
             reinterpret_cast<Recorded*>(closure)->add(
-                {(event->u.u.type & 0x7f) == KeyPress, event->u.u.detail, (state >> kGroupShift) & kGroups});
+                {event->u.u.type & 0x7f, event->u.u.detail, event->u.keyButtonPointer.state});
         }
         XRecordFreeData(data);
     }
@@ -79,8 +78,8 @@ struct X11ModifierMonitor::Recorded : std::enable_shared_from_this<Recorded> {
     }
 };
 
-Result<std::unique_ptr<X11ModifierMonitor>, HotKeyError> X11ModifierMonitor::open(X11Connection& control,
-                                                                                  Handler handler, const Logger& logger)
+Result<std::unique_ptr<X11ModifierMonitor>, HotKeyError>
+X11ModifierMonitor::open(X11Connection& control, Handlers handlers, const Logger& logger)
 {
     auto data = X11Connection::open(DisplayString(control.display()), logger);
     if (!data)
@@ -89,7 +88,7 @@ Result<std::unique_ptr<X11ModifierMonitor>, HotKeyError> X11ModifierMonitor::ope
     if (context == None)
         return failure(notMonitored());
     std::unique_ptr<X11ModifierMonitor> monitor(
-        new X11ModifierMonitor(control, std::move(*data), context, std::move(handler)));
+        new X11ModifierMonitor(control, std::move(*data), context, std::move(handlers)));
     auto* const closure = reinterpret_cast<XPointer>(monitor->m_recorded.get());
     if (XRecordEnableContextAsync(monitor->m_data->display(), context, &Recorded::arrived, closure) == 0)
         return failure(notMonitored());
@@ -98,8 +97,8 @@ Result<std::unique_ptr<X11ModifierMonitor>, HotKeyError> X11ModifierMonitor::ope
 }
 
 X11ModifierMonitor::X11ModifierMonitor(X11Connection& control, std::unique_ptr<X11Connection> data,
-                                       unsigned long context, Handler handler)
-    : m_control(control), m_handler(std::move(handler)), m_context(context), m_recorded(std::make_shared<Recorded>()),
+                                       unsigned long context, Handlers handlers)
+    : m_control(control), m_handlers(std::move(handlers)), m_context(context), m_recorded(std::make_shared<Recorded>()),
       m_data(std::move(data))
 {
     m_recorded->monitor = this;
@@ -130,15 +129,17 @@ void X11ModifierMonitor::readHeldKeys()
 void X11ModifierMonitor::handle(const Key& key)
 {
     const auto before = flags();
-    if (!key.isDown) {
+    const bool isKeyDown = key.event == KeyPress;
+    const auto group = (key.state >> kGroupShift) & kGroups;
+    const auto flag = isKeyDown ? modifierFlag(m_control.display(), key.code, group) : 0;
+    if (key.event == KeyRelease)
         m_held.erase(key.code);
-    } else if (const auto flag = modifierFlag(m_control.display(), key.code, key.group)) {
+    else if (flag != 0)
         m_held[key.code] = flag;
-    } else if (before != 0) {
-        m_handler({before, true});
-    }
+    else if (before != 0 && !(isKeyDown && m_handlers.isHotKey(key.code, key.state)))
+        m_handlers.changed({before, true});
     if (const auto now = flags(); now != before)
-        m_handler({now, false});
+        m_handlers.changed({now, false});
 }
 
 std::uint64_t X11ModifierMonitor::flags() const

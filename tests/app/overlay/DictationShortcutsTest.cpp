@@ -147,6 +147,27 @@ TEST_F(DictationByKeys, AShortcutThatTheSettingsLoseWhileItIsHeldEndsItsDictatio
     expectRest();
 }
 
+/// The first one is still being thrown away when the second one is asked for.
+TEST_F(DictationByKeys, TheLargerOfTwoCombinationsGetsItsOwnDictation)
+{
+    const auto keys = [](const char* text) { return parseKeys(text).value(); };
+    const auto mode = ActivationMode::pushToTalk;
+    stage.storage.additionalShortcuts.set(
+        {{stage.journalShortcut, keys("Ctrl"), false, mode}, {stage.promptShortcut, keys("Ctrl+Alt"), false, mode}});
+    hotKeys.hold(modifier_flags::control);
+    pass(60ms);
+    hotKeys.hold(modifier_flags::control | modifier_flags::option);
+    EXPECT_TRUE(std::holds_alternative<dictation_outcome::Cancelled>(stage.waitForOutcome()));
+    pass(1ms);
+    EXPECT_EQ(stage.overlay.phase.get(), DictationPhase::recording);
+    stage.speak(2s);
+    hotKeys.hold(0);
+    EXPECT_TRUE(std::holds_alternative<Delivered>(stage.waitForOutcome()));
+    const auto entries = stage.historyEntries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_FALSE(std::holds_alternative<HistoryEntry::VoiceJournalEntry>(entries.front().content));
+}
+
 TEST_F(DictationByKeys, CommandsAndKeysEndWhatTheOtherHasStarted)
 {
     configure(ActivationMode::automatic);

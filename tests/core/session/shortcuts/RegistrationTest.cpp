@@ -1,6 +1,9 @@
 #include "core/session/shortcuts/DictationKeys.h"
 #include "tests/core/session/shortcuts/ShortcutStage.h"
 
+#include <cctype>
+#include <sstream>
+
 using namespace vocalith;
 using namespace vocalith::test;
 
@@ -10,6 +13,7 @@ using Lines = std::vector<std::string>;
 constexpr auto kCtrl = modifier_flags::control;
 constexpr auto kSuper = modifier_flags::command;
 constexpr auto kShift = modifier_flags::shift;
+constexpr auto kAlt = modifier_flags::option;
 
 class Shortcuts : public ShortcutStage {
 protected:
@@ -89,6 +93,26 @@ TEST_F(Shortcuts, ThatFailAreNamedUntilTheyWork)
     EXPECT_TRUE(log.has("Carbon keyboard shortcut callback error: "));
 }
 
+TEST_F(Shortcuts, ThatFailAreNamedOnceHoweverOftenTheScreenIsLocked)
+{
+    hotKeys.refused = {{keys("Ctrl+F1"), {HotKeyError::Kind::taken, 10}}};
+    configure({shortcut("Ctrl+F1"), shortcut("Ctrl+F2")});
+    int changes = 0;
+    const auto problems = manager.problems().subscribe([&changes](const auto&) { ++changes; });
+    manager.start();
+    for (int i = 0; i < 3; ++i) {
+        manager.setSuspended(true);
+        manager.retry();
+        EXPECT_EQ(messages().size(), 1u);
+        manager.setSuspended(false);
+    }
+    EXPECT_EQ(changes, 1);
+    hotKeys.refused.clear();
+    manager.setSuspended(true);
+    manager.setSuspended(false);
+    EXPECT_TRUE(messages().empty());
+}
+
 /// Nobody would tell of the release, and the dictation would go on for ever.
 TEST_F(Shortcuts, ThatChangeWhileTheyAreHeldComeUp)
 {
@@ -138,40 +162,149 @@ TEST_F(Shortcuts, OfModifiersOnlyGoDownWhenExactlyTheyAreHeld)
     EXPECT_FALSE(hotKeys.isMonitoring()) << "nobody's keys are watched without need";
 }
 
-TEST_F(Shortcuts, OfModifiersOnlyAreCancelledByACombination)
+/// A dictation that a shortcut of modifiers started or would have ended, as the hand goes on to what it is after.
+class Combinations : public Shortcuts {
+protected:
+    /// "Ctrl+Super" holds exactly these, "0" none, "*" presses another key with them, "D+" and "D-" the hot key
+    /// Ctrl+Alt+D, a number lets so many milliseconds pass, "end" ends the dictation.
+    void play(const std::string& events)
+    {
+        const auto hotKey = keys("Ctrl+Alt+D");
+        std::istringstream stream(events);
+        for (std::string event; stream >> event;) {
+            if (event == "end")
+                manager.dictationEnded();
+            else if (event == "*")
+                hotKeys.hold(m_held, true);
+            else if (event == "D+")
+                hotKeys.press(hotKey);
+            else if (event == "D-")
+                hotKeys.release(hotKey);
+            else if (event != "0" && std::isdigit(static_cast<unsigned char>(event[0])) != 0)
+                clock.advance(std::chrono::milliseconds(std::stoi(event)));
+            else
+                hotKeys.hold(m_held = event == "0" ? 0 : keys(event).rawFlags);
+        }
+    }
+    void rest()
+    {
+        play("0 end 1 end 10000");
+        EXPECT_EQ(mode(), 0u);
+        EXPECT_EQ(clock.pendingTimers(), 0u);
+        news();
+    }
+
+private:
+    std::uint64_t m_held = 0;
+};
+
+/// What is told, and the mode in which it ends.
+struct Ending {
+    const char* events;
+    Lines told;
+    std::size_t mode;
+};
+
+TEST_F(Combinations, CancelWhatTheirModifiersHaveStarted)
 {
     configure({shortcut("Ctrl+Super")});
     manager.start();
-    hotKeys.hold(kCtrl | kSuper);
-    clock.advance(std::chrono::milliseconds(999));
-    hotKeys.hold(kCtrl | kSuper, true);
-    EXPECT_EQ(news(), (Lines{"activated A", "idle", "escape"}));
-    hotKeys.hold(kCtrl);
-    hotKeys.hold(kCtrl | kSuper);
-    clock.advance(std::chrono::seconds(1));
-    EXPECT_EQ(news(), Lines{}) << "the hand is still on the same combination";
-    hotKeys.hold(0);
-    manager.dictationEnded();
-    clock.advance(std::chrono::seconds(1));
-
-    hotKeys.hold(kCtrl | kSuper);
-    clock.advance(std::chrono::milliseconds(1000));
-    hotKeys.hold(kCtrl | kSuper, true);
-    EXPECT_EQ(news(), Lines{"activated A"}) << "held to talk by now";
+    const Lines undone{"activated A", "idle", "escape"};
+    const std::vector<Ending> endings{
+        {"Ctrl+Super 999 *", undone, 0},
+        {"Ctrl+Super 999 * Ctrl Ctrl+Super 1000", undone, 0}, // the hand is still on it
+        {"Ctrl+Super 1000 *", {"activated A"}, 3},            // held to talk by now
+        {"Ctrl+Super * 0 end 10 Ctrl+Super", {"activated A", "idle", "escape", "activated A"}, 1}, // no cooldown
+        {"Ctrl+Super * 0 10 Ctrl+Super 10 end 0 1", {"activated A", "idle", "escape", "activated A"}, 2},
+        {"Ctrl+Super 1500 0 end 200 Ctrl+Super * 0 99 Ctrl+Super", {"activated A", "completed A", "idle"}, 0},
+    };
+    for (const auto& each : endings) {
+        SCOPED_TRACE(each.events);
+        play(each.events);
+        EXPECT_EQ(news(), each.told);
+        EXPECT_EQ(mode(), each.mode);
+        rest();
+    }
 }
 
-TEST_F(Shortcuts, OfModifiersOnlyGiveWayToALargerOne)
+TEST_F(Combinations, AreNoTaps)
 {
-    configure({shortcut("Ctrl+Super"), shortcut("Ctrl+Shift+Super")});
+    configure({shortcut("Shift", ActivationMode::doubleTap), shortcut("Ctrl", ActivationMode::doubleTap)});
     manager.start();
-    hotKeys.hold(kCtrl | kSuper);
-    hotKeys.hold(kCtrl | kSuper | kShift);
-    hotKeys.hold(kCtrl | kSuper);
-    hotKeys.hold(0);
-    EXPECT_EQ(mode(), 2u);
-    hotKeys.hold(kCtrl | kShift);
-    hotKeys.hold(kCtrl | kSuper | kShift);
-    EXPECT_EQ(news(), (Lines{"activated A", "completed B"}));
+    const std::string typing = "Shift 80 * 20 0 120 Shift 30 * 20 0 100 Ctrl 20 * 0 100 Ctrl * Ctrl+Shift Ctrl 0 ";
+    play(typing + "Ctrl 50 Ctrl+Shift 50 0 50 Ctrl 50 0 500");
+    EXPECT_EQ(news(), Lines{}) << "two capitals, copy and paste";
+    play("Shift 50 0 100 Shift 50 0 2000 " + typing);
+    EXPECT_EQ(news(), Lines{"activated A"});
+    EXPECT_EQ(mode(), 2u) << "and what is dictated goes on";
+    play("Shift 0 100 Shift");
+    EXPECT_EQ(news(), Lines{"completed A"});
+}
+
+TEST_F(Combinations, OfModifiersPassSmallerOnes)
+{
+    struct Case {
+        ActivationMode mode;
+        std::vector<Ending> endings;
+    };
+    const Lines replaced{"activated A", "idle", "escape", "activated B"};
+    const Lines replacedAndEnded{"activated A", "idle", "escape", "activated B", "completed B"};
+    const std::vector<Case> cases{
+        {ActivationMode::automatic,
+         {{"Ctrl 60 Ctrl+Alt 5 end 1 Ctrl 0 1000", replaced, 2},
+          {"Ctrl 60 Ctrl+Alt 5 end 1 Ctrl 0 1000 Ctrl 60 Ctrl+Alt Ctrl 0", replacedAndEnded, 0},
+          {"Ctrl 60 Ctrl+Alt 5 end 2000 Ctrl 0", replacedAndEnded, 0},
+          {"Ctrl 60 Ctrl+Alt 5 Ctrl 0 5", {"activated A", "idle", "escape"}, 2}, // waits for the first one's end
+          {"Alt Ctrl+Alt 0 500 Ctrl 60 Ctrl+Alt+Shift 0 500 Alt Ctrl+Alt", {"activated B", "completed B"}, 0},
+          {"Alt Ctrl+Alt 0 500 Ctrl 60 0 500 Ctrl", {"activated B", "completed A"}, 0}}},
+        {ActivationMode::toggle,
+         {{"Ctrl 60 Ctrl+Alt 5 end 1 Ctrl 0 1000", replaced, 2},
+          {"Ctrl 60 Ctrl+Alt 5 end 1 Ctrl 0 1000 Ctrl 60 Ctrl+Alt Ctrl 0", replacedAndEnded, 0}}},
+        {ActivationMode::pushToTalk,
+         {{"Ctrl 60 Ctrl+Alt 5 end 1", replaced, 3},
+          {"Ctrl 60 Ctrl+Alt 5 end 1000 Ctrl 0", replacedAndEnded, 0},
+          {"Ctrl 60 Ctrl+Alt 5 Ctrl 0 end 1000", {"activated A", "idle", "escape"}, 0}, // too short to begin
+          {"Ctrl 1200 Ctrl+Alt 100 Ctrl 0", {"activated A", "completed B"}, 0}}},
+    };
+    for (const auto& [mode, endings] : cases) {
+        configure({shortcut("Ctrl", mode), shortcut("Ctrl+Alt", mode)});
+        manager.start();
+        for (const auto& each : endings) {
+            SCOPED_TRACE(each.events);
+            play(each.events);
+            EXPECT_EQ(news(), each.told);
+            EXPECT_EQ(this->mode(), each.mode);
+            rest();
+        }
+    }
+}
+
+/// The press of the hot key and the recording of the keys come through two connections.
+TEST_F(Combinations, ThatAreHotKeysBeginWithTheirModifiersInWhateverOrderTheyCome)
+{
+    configure({shortcut("Ctrl+Alt"), shortcut("Ctrl+Alt+D")});
+    manager.start();
+    for (const std::string both : {"* 1 D+ ", "D+ 1 * ", "D+ 1 "}) {
+        SCOPED_TRACE(both);
+        play("Ctrl+Alt 100 " + both + "5 end 0 100 D- 0 1000");
+        EXPECT_EQ(news(), (Lines{"activated A", "idle", "escape", "activated B"}));
+        EXPECT_EQ(mode(), 2u);
+        play("Ctrl+Alt 100 " + both + "100 D- 0");
+        EXPECT_EQ(news(), Lines{"completed B"});
+        rest();
+    }
+    play("D+ 1 Ctrl+Alt 1 * 997");
+    EXPECT_EQ(mode(), 1u) << "the mode is still to be decided, as if nothing had come between";
+    play("1");
+    EXPECT_EQ(mode(), 3u);
+    play("D-");
+    EXPECT_EQ(news(), (Lines{"activated B", "completed B"}));
+    rest();
+
+    play("Ctrl+Alt 100 D+");
+    manager.setSuspended(true);
+    play("end 1");
+    EXPECT_EQ(news(), (Lines{"activated A", "idle", "escape"})) << "no dictation begins on a locked screen";
 }
 
 class KeysOfADictation : public Shortcuts {
@@ -255,6 +388,31 @@ TEST_F(KeysOfADictation, EscapeCancelsWhereTheUserWantsIt)
     tap(); // processing
     hotKeys.press(keys("Escape"));
     EXPECT_EQ(news().back(), "escape");
+}
+
+TEST_F(KeysOfADictation, WorkTogetherWithModifiersThatAreHeldForIt)
+{
+    configure({shortcut("Ctrl+Super", ActivationMode::pushToTalk), shortcut("Alt", ActivationMode::pushToTalk),
+               shortcut("Ctrl+Super+2", ActivationMode::toggle)});
+    hotKeys.hold(kCtrl | kSuper);
+    EXPECT_EQ(taken(), "Escape Return Alt+1 Alt+3");
+    EXPECT_EQ(hotKeys.count(), 1u + 5u + 4u) << "but what is the user's own";
+    hotKeys.press(keys("Ctrl+Super+3"));
+    hotKeys.press(keys("Ctrl+Super+Return"));
+    hotKeys.press(keys("Ctrl+Super+Escape"));
+    EXPECT_EQ(news(), (Lines{"activated A", "3", "return", "idle", "escape"}));
+    EXPECT_TRUE(hotKeys.has(keys("Ctrl+Super+Escape"))) << "until it has ended";
+    hotKeys.hold(0);
+    EXPECT_EQ(hotKeys.count(), 1u + 1u);
+    manager.dictationEnded();
+
+    clock.advance(std::chrono::seconds(1));
+    hotKeys.hold(kAlt);
+    EXPECT_TRUE(hotKeys.has(keys("Alt+Escape")));
+    EXPECT_EQ(hotKeys.count(), 1u + 4u + 3u) << "a digit has it already";
+    hotKeys.hold(0);
+    manager.dictationEnded();
+    EXPECT_EQ(hotKeys.count(), 1u);
 }
 
 TEST_F(KeysOfADictation, LeaveTheUsersOwnShortcutAlone)

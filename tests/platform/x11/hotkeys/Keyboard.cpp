@@ -96,6 +96,13 @@ void Keyboard::changeCode(unsigned char code, bool isDown)
     m_client->sync();
 }
 
+void Keyboard::click(unsigned button)
+{
+    for (const bool isDown : {true, false})
+        XTestFakeButtonEvent(m_client->display, button, isDown, CurrentTime);
+    m_client->sync();
+}
+
 void Keyboard::lock(unsigned modifiers)
 {
     XkbLockModifiers(m_client->display, XkbUseCoreKbd, 0xff, modifiers);

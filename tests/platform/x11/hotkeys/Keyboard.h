@@ -22,6 +22,8 @@ public:
     void tap(const std::string& keys);
     /// One key by its X key code.
     void changeCode(unsigned char code, bool isDown);
+    /// A button of the mouse, or a step of its wheel.
+    void click(unsigned button);
 
     /// Switches these X modifiers on as locks, and all others off.
     void lock(unsigned modifiers);

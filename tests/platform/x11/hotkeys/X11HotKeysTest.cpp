@@ -66,9 +66,9 @@ private:
 TEST_F(X11HotKeysTest, TellPressAndReleaseOnceHoweverLongAKeyRepeats)
 {
     const auto space = registered("Ctrl+Alt+Space");
-    int repeats = 0; // seen by the recording, which leaves nothing out
-    const auto watched =
-        hotKeys->monitorModifiers([&](const ModifierChange& change) { repeats += change.otherKeyDown; });
+    int repeats = 0; // seen by another program, whose hot key it is not
+    const auto other = open();
+    const auto watched = other->monitorModifiers([&](const ModifierChange& change) { repeats += change.otherKeyDown; });
     ASSERT_TRUE(watched);
     keyboard.repeatEvery(20);
     keyboard.press("Ctrl+Alt+Space");
@@ -237,6 +237,30 @@ TEST_F(X11HotKeysTest, WatchTheModifierKeysWhoeverHasTheKeyboard)
     drainMainThread();
     keyboard.tap("Ctrl");
     EXPECT_EQ(news(), Lines{});
+}
+
+TEST_F(X11HotKeysTest, TellWhatMakesACombinationOfTheModifierKeys)
+{
+    const auto escape = registered("Ctrl+Super+Escape");
+    Lines changes;
+    const auto watched =
+        hotKeys->monitorModifiers([&](const ModifierChange& change) { changes.push_back(toString(change)); });
+    ASSERT_TRUE(watched);
+    constexpr unsigned kLeftButton = 1;
+    constexpr unsigned kWheelUp = 4;
+    keyboard.click(kLeftButton);
+    keyboard.press("Ctrl+Super");
+    keyboard.tap("Escape"); // ours
+    runUntil([this] { return told == Lines{"Ctrl+Super+Escape down", "Ctrl+Super+Escape up"}; });
+    keyboard.release("Ctrl+Super");
+    keyboard.press("Alt");
+    keyboard.click(kLeftButton);
+    keyboard.click(kWheelUp);
+    keyboard.tap("Escape");
+    keyboard.release("Alt");
+    const Lines wanted{"Ctrl", "Ctrl+Super", "Ctrl", "", "Alt", "Alt *", "Alt *", "Alt *", ""};
+    runUntil([&] { return changes.size() >= wanted.size(); });
+    EXPECT_EQ(changes, wanted);
 }
 
 TEST_F(X11HotKeysTest, SayThatTheServerIsGone)
