@@ -4,6 +4,7 @@
 #include "core/storage/settings/PersistentAppStorage.h"
 
 #include <algorithm>
+#include <bit>
 #include <fmt/format.h>
 #include <utility>
 
@@ -81,6 +82,8 @@ void KeyboardShortcutManager::pressed(const KeyboardShortcut& shortcut)
     case ActivationMode::pushToTalk: pushToTalkPressed(shortcut.id); break;
     case ActivationMode::doubleTap: doubleTapPressed(shortcut.id); break;
     }
+    if (isOfModifiersOnly)
+        m_heldTimer = m_clock.after(modeDetectionInterval, [this] { updateDictationKeys(); });
     const bool isNowItsOwn = isCompletedBy(shortcut.id) && before.completionShortcut != shortcut.id;
     if (isOfModifiersOnly && m_heldModifiers && isNowItsOwn)
         m_heldModifiers->before = before;
@@ -88,8 +91,10 @@ void KeyboardShortcutManager::pressed(const KeyboardShortcut& shortcut)
 
 void KeyboardShortcutManager::released(const KeyboardShortcut& shortcut)
 {
-    if (m_heldModifiers && m_heldModifiers->shortcutID == shortcut.id)
+    if (m_heldModifiers && m_heldModifiers->shortcutID == shortcut.id) {
         m_heldModifiers.reset();
+        m_heldTimer.reset();
+    }
     if (shortcut.activationMode == ActivationMode::automatic)
         automaticReleased(shortcut.id);
     else if (shortcut.activationMode == ActivationMode::pushToTalk)
@@ -212,7 +217,7 @@ void KeyboardShortcutManager::modifiersCombined(const Uuid& shortcutID)
     m_doubleTapStates.erase(shortcutID);
     if (!m_heldModifiers || m_heldModifiers->shortcutID != shortcutID || !m_heldModifiers->before)
         return;
-    if (m_clock.instant() - m_heldModifiers->pressTime >= modeDetectionInterval)
+    if (!m_heldModifiers->isFresh(m_clock))
         return;
     const Before before = *m_heldModifiers->before;
     m_heldModifiers->before.reset();
@@ -372,7 +377,8 @@ void KeyboardShortcutManager::updateDictationKeys()
     const auto prompts = static_cast<int>(m_appStorage.aiPrompts.get().size());
     if (m_dictation == Dictation::spoken && prompts > 0)
         wanted.numbers = std::min(numberKeys(), prompts + 1); // the main prompt is among them
-    if (m_heldModifiers)
+    // A lone modifier is typed with, until it has been held for long.
+    if (m_heldModifiers && (std::popcount(m_heldModifiers->rawFlags) > 1 || !m_heldModifiers->isFresh(m_clock)))
         wanted.heldModifiers = m_heldModifiers->rawFlags;
     m_dictationKeys.take(wanted);
 }

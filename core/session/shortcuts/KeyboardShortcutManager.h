@@ -96,6 +96,7 @@ private:
         std::uint64_t rawFlags;
         Instant pressTime;
         std::optional<Before> before; ///< as long as the press can be undone
+        bool isFresh(const Clock& clock) const { return clock.instant() - pressTime < modeDetectionInterval; }
     };
     /// A start that waits until the dictation that was undone has ended.
     struct WaitingActivation {
@@ -149,6 +150,7 @@ private:
     std::map<Uuid, DoubleTapState> m_doubleTapStates;
     Timer m_modeDetectionTimer;
     Timer m_waitingTimer;
+    Timer m_heldTimer;     ///< until the modifiers are no longer fresh
     bool m_isBusy = false; ///< with what the keys of the dictation wait for
     std::vector<Subscription> m_cancellables;
 };
