@@ -101,37 +101,42 @@ TEST(X11Paste, WhereNothingHasTheFocusNobodyHasTakenThePaste)
     EXPECT_EQ(desk.fetches.back().reader, Reader::other);
 }
 
+/// What a clipboard manager does when it is asked to save all.
+Task<void> takeOver(X11Connection& connection, X11Pasteboard& clipboard, XSelectionRequestEvent request)
+{
+    const auto all = co_await clipboard.snapshot();
+    const auto taken = co_await clipboard.restore(all.value());
+    EXPECT_TRUE(taken);
+    XEvent done{};
+    done.xselection.type = SelectionNotify;
+    done.xselection.requestor = request.requestor;
+    done.xselection.selection = request.selection;
+    done.xselection.target = request.target;
+    done.xselection.property = request.property;
+    done.xselection.time = request.time;
+    XSendEvent(connection.display(), request.requestor, False, NoEventMask, &done);
+    XFlush(connection.display());
+}
+
 TEST(X11Paste, WhatTheProgramOwnsIsHandedToTheClipboardManagerAtItsEnd)
 {
     X11Desk desk;
-    const auto connection = desk.connect();
-    const auto manager = connection->atom("CLIPBOARD_MANAGER");
-    X11Pasteboard kept(*connection, desk.clock, {});
+    const auto keeper = desk.connect();
+    const auto manager = keeper->atom("CLIPBOARD_MANAGER");
+    X11Pasteboard kept(*keeper, desk.clock, {});
     TaskScope keeping;
-    const auto keep = [&](XSelectionRequestEvent request) -> Task<void> {
-        const auto all = co_await kept.snapshot();
-        const auto taken = co_await kept.restore(all.value());
-        EXPECT_TRUE(taken);
-        XEvent done{};
-        done.xselection = {
-            SelectionNotify,  0,           False, nullptr, request.requestor, request.selection, request.target,
-            request.property, request.time};
-        XSendEvent(connection->display(), request.requestor, False, NoEventMask, &done);
-        XFlush(connection->display());
-    };
-    const auto onRequest = connection->event.subscribe([&](const XEvent& event) {
+    const auto onRequest = keeper->event.subscribe([&](const XEvent& event) {
         if (event.type == SelectionRequest && event.xselectionrequest.selection == manager)
-            keeping.start(keep(event.xselectionrequest));
+            keeping.start(takeOver(*keeper, kept, event.xselectionrequest));
     });
 
     auto ours = desk.connect();
     auto clipboard = std::make_unique<X11Pasteboard>(*ours, desk.clock, Logger());
     ASSERT_TRUE(await(clipboard->writeText("what was dictated", false)));
     await(clipboard->handOver()); // there is none yet
-    XSetSelectionOwner(connection->display(), manager,
-                       XCreateSimpleWindow(connection->display(), connection->root(), 0, 0, 1, 1, 0, 0, 0),
-                       connection->serverTime());
-    XSync(connection->display(), False);
+    const auto window = XCreateSimpleWindow(keeper->display(), keeper->root(), 0, 0, 1, 1, 0, 0, 0);
+    XSetSelectionOwner(keeper->display(), manager, window, keeper->serverTime());
+    XSync(keeper->display(), False);
     await(clipboard->handOver());
     clipboard.reset();
     ours.reset();
