@@ -54,11 +54,12 @@ fs::path folderOf(const fs::path& path)
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
+constexpr std::string_view kMark = "tmp-";     // tells it from an editor's ".file.swp" and somebody's ".file.backup"
 constexpr std::string_view kUnique = "XXXXXX"; // letters and digits in the end
 
 Result<void, FileError> replace(const fs::path& path, const fs::path& folder, std::string_view content, Flush flush)
 {
-    std::string aside = (folder / ("." + path.filename().string() + ".")).string().append(kUnique);
+    std::string aside = (folder / ("." + path.filename().string() + ".")).string().append(kMark).append(kUnique);
     FileDescriptor descriptor(::mkostemp(aside.data(), O_CLOEXEC)); // made with mode 0600
     if (!descriptor.isOpen())
         return systemFailure(path);
@@ -132,11 +133,10 @@ std::optional<std::string> unfinishedWriteOf(std::string_view name)
 {
     const auto dot = name.rfind('.');
     const auto end = dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
-    if (dot < 2 || !name.starts_with('.') || end.size() != kUnique.size())
+    if (dot < 2 || !name.starts_with('.') || !end.starts_with(kMark) || end.size() != kMark.size() + kUnique.size())
         return std::nullopt;
-    // An editor's ".file.swp" and somebody's ".file.backup" look much the same.
-    const bool isUnique = std::all_of(end.begin(), end.end(), [](unsigned char c) { return std::isalnum(c) != 0; }) &&
-                          !std::all_of(end.begin(), end.end(), [](unsigned char c) { return std::islower(c) != 0; });
+    const bool isUnique =
+        std::all_of(end.begin() + kMark.size(), end.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
     return isUnique ? std::optional(std::string(name.substr(1, dot - 1))) : std::nullopt;
 }
 

@@ -81,12 +81,13 @@ TEST(AtomicFile, ASymbolicLinkStaysAndItsFileIsReplaced)
 TEST(AtomicFile, OnlyItsOwnLeftoversAreRemoved)
 {
     const TemporaryFolder folder;
-    for (const auto* name : {"real/settings.json", "real/.settings.json.a1B2c3", "real/.settings.json.swp",
-                             "real/.settings.json.backup", "real/.settings.json.a1-2c3", "real/.other.json.a1B2c3"})
+    for (const auto* name :
+         {"real/settings.json", "real/.settings.json.tmp-a1b2c3", "real/.settings.json.swp",
+          "real/.settings.json.backup", "real/.settings.json.tmp-a1-2c3", "real/.other.json.tmp-a1b2c3"})
         writeFile(folder / name, "x");
     fs::create_symlink("real/settings.json", folder / "link.json");
     removeLeftovers(folder / "link.json");
-    EXPECT_FALSE(fs::exists(folder / "real/.settings.json.a1B2c3"));
+    EXPECT_FALSE(fs::exists(folder / "real/.settings.json.tmp-a1b2c3"));
     EXPECT_EQ(entriesIn(folder / "real"), 5U);
 }
 

@@ -117,7 +117,7 @@ TEST_F(HistoryFaultsTest, AKillAtAnyMomentLosesNothingThatWasKept)
     EXPECT_TRUE(archive.unreadable().empty()) << "no entry is half written";
 
     // What writes that were cut off have left goes once it is old, and nothing else.
-    const auto leftover = m_places.rootURL / "2026-03-01" / ("." + slots[0].toString() + ".json.AbCdEf");
+    const auto leftover = m_places.rootURL / "2026-03-01" / ("." + slots[0].toString() + ".json.tmp-AbCdEf");
     writeFile(leftover, "{");
     fs::last_write_time(leftover, fs::file_time_type::clock::now() - std::chrono::hours(25));
     ASSERT_TRUE(keepIn(archive, dictation("one more")));
