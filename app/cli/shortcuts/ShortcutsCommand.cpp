@@ -46,7 +46,7 @@ void press(KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::K
 bool hasTaken(const KeyboardShortcutRecordingService& recorder, const KeyboardShortcut::Keys& keys)
 {
     const auto& shortcut = recorder.currentShortcut.get();
-    return !recorder.recordingInProgress.get() && shortcut && shortcut->keys == comparable(keys);
+    return shortcut && shortcut->keys == comparable(keys);
 }
 
 } // namespace
@@ -105,8 +105,10 @@ int ShortcutsCommand::run(const ShortcutsSetOptions& options)
                 fmt::format("\"{}\" are no keys. Write them like Ctrl+Alt+Space, Super+D or F9.", options.keys));
         KeyboardShortcutRecordingService recorder(found->shortcut.id, m_appStorage, false, Logger());
         press(recorder, *keys);
-        if (!hasTaken(recorder, *keys))
+        if (recorder.recordingInProgress.get())
             return complain(recorder.errorMessage.get().value_or("These keys cannot be used."));
+        if (!hasTaken(recorder, *keys)) // Escape ends the recording
+            return complain(options.keys + " cannot be a shortcut. Choose other keys, like Ctrl+Alt+Space.");
         if (const auto warning = recorder.errorMessage.get())
             m_terminal.line(m_terminal.coloured(Terminal::Colour::yellow, "Notice: ") + *warning);
     }

@@ -76,7 +76,7 @@ TEST_F(ShortcutsOnTheCommandLine, RefuseWhatTheWindowRefusesAndLeaveTheRestAsItW
     } kCases[] = {
         {{"set", "journal", "F8"}, "already used by the app"},
         {{"set", "main", "a"}, "at least one modifier key"},
-        {{"set", "main", "Escape"}, "Error: No shortcut was recorded"}, // which ends the recording
+        {{"set", "main", "Escape"}, "Error: Escape cannot be a shortcut."},
         {{"set", "main", "Foo+x"}, "\"Foo+x\" are no keys"},
         {{"set", "letr", "F7"}, "Did you mean \"Letter\"?"},
         {{"set", "main"}, "Say which keys"},
