@@ -101,8 +101,9 @@ void AudioServer::startPulseAudio()
     // With its own PULSE_SERVER in the environment it would refuse to start.
     auto environment = m_environment;
     std::erase_if(environment, [](const auto& variable) { return variable.starts_with("PULSE_SERVER="); });
+    // Where memory is shared, the server now and then ends itself over a block that a client has lent it.
     m_server = ChildProcess({"pulseaudio", "-n", "-F", (m_folder / "server.pa").string(), "--daemonize=no",
-                             "--exit-idle-time=-1", "--use-pid-file=no"},
+                             "--exit-idle-time=-1", "--use-pid-file=no", "--disable-shm"},
                             environment, m_folder / "server.log");
     waitUntil([this] { return run({"pactl", "info"}, m_folder / "ready") == 0; });
 }
