@@ -6,12 +6,6 @@ using namespace vocalith::test;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-constexpr auto kCtrl = modifier_flags::control;
-constexpr auto kSuper = modifier_flags::command;
-constexpr auto kShift = modifier_flags::shift;
-constexpr auto kAlt = modifier_flags::option;
-
 class KeysOfADictation : public ShortcutStage {
 protected:
     KeysOfADictation()

@@ -8,12 +8,6 @@ using namespace vocalith::test;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-constexpr auto kCtrl = modifier_flags::control;
-constexpr auto kSuper = modifier_flags::command;
-constexpr auto kShift = modifier_flags::shift;
-constexpr auto kAlt = modifier_flags::option;
-
 class Shortcuts : public ShortcutStage {
 protected:
     Lines messages()

@@ -4,6 +4,7 @@
 #include "core/session/shortcuts/KeyboardShortcutManager.h"
 #include "core/storage/settings/PersistentAppStorage.h"
 #include "models/KeyboardShortcutText.h"
+#include "models/ModifierFlags.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakeHotKeys.h"
 #include "tests/support/RecordedLog.h"
@@ -15,6 +16,13 @@
 #include <vector>
 
 namespace vocalith::test {
+
+using Lines = std::vector<std::string>;
+
+inline constexpr auto kCtrl = modifier_flags::control;
+inline constexpr auto kSuper = modifier_flags::command;
+inline constexpr auto kShift = modifier_flags::shift;
+inline constexpr auto kAlt = modifier_flags::option;
 
 /// The manager with everything around it, and one who dictates as it says: a dictation starts when it is asked for,
 /// unless the test refuses it, and ends when the test says so.
